@@ -1,0 +1,43 @@
+# What every target of the project has in common.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
+endif()
+
+add_library(websmide_flags INTERFACE)
+target_compile_options(websmide_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Werror
+    -fdiagnostics-color=always)
+target_include_directories(websmide_flags INTERFACE "${CMAKE_SOURCE_DIR}")
+if(WEBSMIDE_SANITIZE)
+    add_compile_options(-fsanitize=${WEBSMIDE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${WEBSMIDE_SANITIZE})
+endif()
+if(WEBSMIDE_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+
+# websmide_library(NAME SOURCES... [DEPENDS targets...] [QT Core|Gui|Widgets...])
+# A static library; with QT it gets moc, uic and rcc and a precompiled Qt header.
+function(websmide_library name)
+    cmake_parse_arguments(arg "" "" "SOURCES;DEPENDS;QT" ${ARGN})
+    add_library(${name} STATIC ${arg_SOURCES})
+    target_link_libraries(${name} PUBLIC websmide_flags ${arg_DEPENDS})
+    if(arg_QT)
+        list(TRANSFORM arg_QT PREPEND "Qt6::" OUTPUT_VARIABLE modules)
+        target_link_libraries(${name} PUBLIC ${modules})
+        target_compile_definitions(${name} PUBLIC QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS)
+        set_target_properties(${name} PROPERTIES AUTOMOC ON AUTOUIC ON AUTORCC ON)
+        if("Widgets" IN_LIST arg_QT)
+            target_precompile_headers(${name} PRIVATE <QtWidgets/QtWidgets>)
+        else()
+            target_precompile_headers(${name} PRIVATE <QtCore/QtCore>)
+        endif()
+    endif()
+endfunction()

@@ -1,0 +1,99 @@
+#pragma once
+// The FTP component: properties, blocking operations and events, on the UI thread.
+//
+// Each operation returns when it is over. While it runs, this object holds the program's one nested event
+// loop, with the OperationGate installed: the screen paints, and input reaches only what the gate lets through.
+// Events of the running operation are raised inside the call, in the order of the wire, all of them before it
+// returns. Operations return nothing and throw nothing: what fails raises Error.
+
+#include <QObject>
+#include <QString>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+
+#include "ftp/engine/worker.h"
+
+namespace ftp {
+
+/// Thrown only by SetAction for a code that stands for no operation.
+class UnknownAction : public std::runtime_error {
+ public:
+    UnknownAction(std::int32_t number, const QString& description);
+    std::int32_t Number() const { return number_; }
+    QString Description() const { return description_; }
+
+ private:
+    std::int32_t number_;
+    QString description_;
+};
+
+class Component : public QObject {
+    Q_OBJECT
+ public:
+    explicit Component(QObject* parent = nullptr, Deadlines deadlines = {});
+    ~Component() override;
+
+    // Properties: plain stored values that the operations read when they are called.
+    QString HostName;             // "name", "name:port", "[v6]:port"
+    QString UserName;
+    QString Password;
+    QString Account;              // for servers that answer 332; may be empty
+    QString SourceFileName;       // download, delete: server name; rename: old name; upload: local path
+    QString DestinationFileName;  // download: local path; upload: server name; rename: new name
+    QString DirectoryName;        // make, remove, change directory
+    bool ModeFlagA = false;       // passive data connections
+    bool ModeFlagB = false;       // image (binary) type
+    std::int16_t SessionMode = 0; // 1: the session is to be kept alive while idle
+
+    // Operations. Refused with Error 10036 while another runs, without touching anything.
+    // After Shutdown they do nothing.
+    void Connect();
+    void SetSessionOption(std::int16_t option);
+    void ListDirectory();
+    void ChangeDirectory();
+    void ChangeToParent();
+    void MakeDirectory();
+    void RemoveDirectory();
+    void DeleteFile();
+    void RenameFile();
+    void GetFile();
+    void PutFile();
+    void CloseConnection();
+
+    /// Ends the running transfer and keeps the session; nothing without one. May be called inside an operation.
+    void AbortTransfer();
+
+    /// The generic command property: 9 ends the session (cancels a connect under way), 20 brings the component
+    /// back to its state before any connect. Any other code throws UnknownAction.
+    void SetAction(std::int16_t code);
+    std::int16_t Action() const { return action_; }
+
+    /// Cancels what runs and closes the session; every later operation returns at once. For closing the program.
+    void Shutdown();
+
+    bool Busy() const { return busy_; }
+    bool Connected() const { return connected_; }
+    /// Bytes of the running or last transfer as the server itself stated them, if it did.
+    std::optional<std::int64_t> StatedSize() const { return stated_size_; }
+
+ Q_SIGNALS:
+    void Debug(const QString& line);                    // Ftp1_Debug: a command sent or a reply received
+    void DirItem(const QString& line);                  // Ftp1_DirItem
+    void Progress(std::int64_t bytes);                  // Ftp1_Progress: about 20 a second, and the exact end value
+    void Error(std::int32_t number, const QString& text);
+    void CommandSent(const QString& line);              // for "Last Action:"; also raised as Debug
+    void ConnectedChanged(bool connected);              // for "State:"
+    void BusyChanged(bool busy);
+
+ private:
+    class Private;
+    std::unique_ptr<Private> d_;
+    std::int16_t action_ = 0;
+    bool busy_ = false;
+    bool connected_ = false;
+    std::optional<std::int64_t> stated_size_;
+};
+
+}  // namespace ftp

@@ -1,0 +1,37 @@
+#pragma once
+// Host fields and the addresses inside EPSV/PASV replies and EPRT/PORT commands.
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "ftp/engine/wire/reply.h"
+
+namespace ftp {
+
+struct HostAndPort {
+    std::string host;          // name or numeric address, no brackets
+    std::uint16_t port = 21;
+
+    bool operator==(const HostAndPort&) const = default;
+};
+
+/// Reads the host field: "name", "name:port", "1.2.3.4:port", "v6" (bare, two or more colons), "[v6]", "[v6]:port".
+/// Blanks around are ignored. Fails with BadArgument for empty hosts, ports outside 1..65535,
+/// blanks, control characters, slashes or unbalanced brackets.
+Result<HostAndPort> ParseHostField(std::string_view field);
+
+/// The port of "229 ... (|||port|)" (RFC 2428): any delimiter character 33..126, or nothing.
+std::optional<std::uint16_t> ParseEpsv(const Reply& reply);
+
+/// The port of "227 ... h1,h2,h3,h4,p1,p2" (RFC 959), with or without parentheses; each number 0..255,
+/// port not 0. The address is read past and not used: data goes to the control connection's peer.
+std::optional<std::uint16_t> ParsePasv(const Reply& reply);
+
+/// The argument of PORT, "h1,h2,h3,h4,p1,p2", from a dotted IPv4 address.
+std::string PortArgument(std::string_view ipv4, std::uint16_t port);
+/// The argument of EPRT, "|1|address|port|" or "|2|address|port|" (RFC 2428).
+std::string EprtArgument(std::string_view address, bool ipv6, std::uint16_t port);
+
+}  // namespace ftp

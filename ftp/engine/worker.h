@@ -1,0 +1,129 @@
+#pragma once
+// The engine's door: one thread, one session, one operation at a time.
+//
+// Requests go in, notifications come out in the order of the wire; `Finished` is always the last of a
+// request. Names are bytes as the server knows them; local paths are native paths. Nothing here throws.
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "ftp/engine/wire/failure.h"
+
+namespace ftp {
+
+/// Every wait of the engine has one of these deadlines.
+struct Deadlines {
+    std::chrono::milliseconds connect{20'000};      // one connection, over all its addresses
+    std::chrono::milliseconds reply{60'000};        // one reply of the control connection
+    std::chrono::milliseconds data{60'000};         // a data connection on which nothing moves
+    std::chrono::milliseconds early_login{10'000};  // a reply to a login sent ahead, before one step at a time is tried
+    std::chrono::milliseconds abort{3'000};         // all replies that are due after an abort
+    std::chrono::milliseconds quit{1'000};          // the answer to QUIT
+};
+
+struct Connect {
+    std::string host_field, user, password, account;
+};
+struct List {};
+struct ChangeDirectory {
+    std::string name;
+};
+struct ChangeToParent {};
+struct MakeDirectory {
+    std::string name;
+};
+struct RemoveDirectory {
+    std::string name;
+};
+struct DeleteFile {
+    std::string name;
+};
+struct RenameFile {
+    std::string from, to;
+};
+struct Retrieve {
+    std::string remote;
+    std::string local_path;  // native path of the target; replaced when the file is whole
+};
+struct Store {
+    std::string local_path;  // native path of the source
+    std::string remote;
+};
+struct Quit {};   // QUIT, then close; no failure without a session
+struct Reset {};  // close without a word, forget everything about the server
+
+using Operation = std::variant<Connect, List, ChangeDirectory, ChangeToParent, MakeDirectory, RemoveDirectory,
+                               DeleteFile, RenameFile, Retrieve, Store, Quit, Reset>;
+
+struct Request {
+    std::uint64_t id = 0;
+    Operation operation;
+    bool passive = true;  // data connections: EPSV/PASV first; false: EPRT/PORT only
+    bool image = true;    // TYPE I; false: TYPE A
+};
+
+struct CommandSent {
+    std::string line;  // secrets masked, no line end
+};
+struct ReplyLine {
+    std::string line;  // as received, no line end
+};
+struct ListingBatch {
+    std::vector<std::string> lines;
+};
+struct TransferStarted {
+    std::optional<std::int64_t> size;  // bytes, where the server (download) or the file (upload) states it
+};
+struct SessionChanged {
+    bool connected = false;  // logged in and usable
+    bool utf8 = false;       // the server said that its names are UTF-8
+};
+struct Problem {
+    Failure failure;
+};
+struct Finished {};
+
+struct Notification {
+    std::uint64_t request = 0;
+    std::variant<CommandSent, ReplyLine, ListingBatch, TransferStarted, SessionChanged, Problem, Finished> what;
+};
+
+class Worker {
+ public:
+    /// Called on the worker's thread, in order; must not block.
+    using Sink = std::function<void(Notification)>;
+
+    explicit Worker(Sink sink, Deadlines deadlines = {});
+    /// Drops the session and joins the thread; takes milliseconds whatever is going on.
+    ~Worker();
+    Worker(const Worker&) = delete;
+    Worker& operator=(const Worker&) = delete;
+
+    // All of these may be called from any thread and return at once.
+
+    /// Starts an operation. One at a time: the caller waits for `Finished` before the next.
+    void Start(Request request);
+    /// Ends the running transfer (data connection, ABOR, the replies that are due) and keeps the session.
+    /// Without a running transfer nothing happens.
+    void AbortTransfer();
+    /// Closes everything at once; the running operation ends as Cancelled.
+    void DropSession();
+    /// One ListingBatch has been taken: with several on the way the worker stops reading the listing.
+    void BatchTaken();
+    /// Bytes of the running transfer so far, 0 before the first. Monotonic within one transfer.
+    std::int64_t BytesTransferred() const { return bytes_->load(std::memory_order_relaxed); }
+
+ private:
+    class Core;
+    std::shared_ptr<std::atomic<std::int64_t>> bytes_;
+    std::unique_ptr<Core> core_;
+};
+
+}  // namespace ftp
