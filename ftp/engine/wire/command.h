@@ -15,7 +15,8 @@ struct Command {
 };
 
 /// Builds verb + blank + argument, or the verb alone when the argument is empty.
-/// Refuses CR, LF and NUL in the argument and arguments over 8 KiB (BadArgument).
+/// Refuses CR, LF and NUL in the argument and arguments over 8 KiB (BadArgument, with the argument's
+/// beginning as detail, except for PASS and ACCT).
 Result<Command> MakeCommand(std::string_view verb, std::string_view argument = {});
 
 }  // namespace ftp

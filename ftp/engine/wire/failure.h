@@ -9,21 +9,21 @@
 namespace ftp {
 
 enum class FailureKind {
-    Refused,           // the server answered 4xx or 5xx; `code` is the reply code
-    Protocol,          // the server broke the protocol or a bound of the parsers
-    NotConnected,      // an operation without a session
-    HostNotFound,      // the name has no address
-    ConnectionRefused, // nobody listens there
-    ConnectionLost,    // reset or closed by the peer in the middle
-    Unreachable,       // no route to the host or network
-    TimedOut,          // a deadline ran out
-    Cancelled,         // the user aborted the transfer or dropped the session
-    BadArgument,       // a name that cannot be sent (CR, LF, NUL, empty) or not be used locally
-    LocalNotFound,     // the local file is not there
-    LocalDenied,       // no permission for the local file or folder
-    LocalDiskFull,     // no space, or the quota is used up
-    LocalPath,         // the local path does not lead to a plain file or folder
-    LocalOther,        // any other local error; `code` is errno
+    Refused,            // the server answered 4xx or 5xx; `code` is the reply code
+    Protocol,           // the server broke the protocol or a bound of the parsers
+    NotConnected,       // an operation without a session
+    HostNotFound,       // the name has no address
+    ConnectionRefused,  // nobody listens there
+    ConnectionLost,     // reset or closed by the peer in the middle
+    Unreachable,        // no route to the host or network
+    TimedOut,           // a deadline ran out
+    Cancelled,          // the user aborted the transfer or dropped the session
+    BadArgument,        // a name that cannot be sent (CR, LF, NUL, empty) or not be used locally
+    LocalNotFound,      // the local file is not there
+    LocalDenied,        // no permission for the local file or folder
+    LocalDiskFull,      // no space, or the quota is used up
+    LocalPath,          // the local path does not lead to a plain file or folder
+    LocalOther,         // any other local error; `code` is errno
 };
 
 struct Failure {
@@ -44,6 +44,8 @@ class [[nodiscard]] Result : public tl::expected<T, Failure> {
 inline tl::unexpected<Failure> Fail(FailureKind kind, std::string detail = {}, int code = 0) {
     return tl::unexpected<Failure>(Failure{kind, code, std::move(detail)});
 }
-inline tl::unexpected<Failure> Fail(Failure failure) { return tl::unexpected<Failure>(std::move(failure)); }
+inline tl::unexpected<Failure> Fail(Failure failure) {
+    return tl::unexpected<Failure>(std::move(failure));
+}
 
 }  // namespace ftp

@@ -25,7 +25,9 @@ Features ParseFeatures(const Reply& reply);
 /// up to 2^63-1.
 std::optional<std::int64_t> ParseSizeReply(const Reply& reply);
 
-/// The size in a 125 or 150 reply, "... (12345 bytes)" as most servers word it, or nothing.
+/// The size in a 125 or 150 reply, "... (12345 bytes)" as most servers word it, or nothing. Only a group that
+/// ends the text counts (a full stop may follow), since the file name before it may hold anything. Digits may
+/// be grouped by thousands: "12,345", "12.345", "12'345", "12 345".
 std::optional<std::int64_t> ParseTransferSize(const Reply& reply);
 
 }  // namespace ftp
