@@ -1,0 +1,31 @@
+#pragma once
+// The files of the local panel as rows: name, size, time. UI thread only.
+
+#include <QAbstractTableModel>
+#include <vector>
+
+#include "platform/folder.h"
+
+namespace forms {
+
+/// Rows are replaced all at once. Size and time are those that were read with the folder; nothing is read
+/// later.
+class LocalFilesModel : public QAbstractTableModel {
+    Q_OBJECT
+ public:
+    using QAbstractTableModel::QAbstractTableModel;
+
+    void SetFiles(std::vector<platform::FolderEntry> files);
+    /// `row` must exist. The name is as on the disk; the screen shows it in lower case.
+    const platform::FolderEntry& At(int row) const { return files_[static_cast<std::size_t>(row)]; }
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    int columnCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+ private:
+    std::vector<platform::FolderEntry> files_;
+};
+
+}  // namespace forms

@@ -1,0 +1,151 @@
+#pragma once
+// The main window: server panel, local panel, transfers, protocol trace and toolbar. UI thread only.
+//
+// One class in several files, one per region of the window; wiring.cpp holds every connection. A handler
+// carries the name of its control and of the event. The controls are those of main_form.ui, by region:
+//
+//   Toolbar, in Picture2
+//     cmdConnection "Ny förbindelse..."     Command16 "Stäng förbindelse"
+//     cmdDirectory "Directory", cmdFileTransfers "File Transfers"   kept, without effect
+//     Command17 "Hjälp om FTP"   Command18 "Om Websmide's FTP..."   Command19 "Visa/Dölj 1-2-3 hjälp"
+//   Local panel, in Frame1 "Din dator"
+//     lokal1 picture   Drive1 drives   Text1 file patterns   lk remembered folders   Command22 "Ändra" (menu
+//     tabd with tabort2, tabort3)   Command29 favourite folders   Dir1 folders   list2 and hidden List1 the
+//     files, two views of one model   File1 hidden source of the files   Label2 state of the filter Command7
+//     "&Uppdatera"  Command3 "&Skapa katalog"  Command5 "&Kör"  Command4 "&Visa"  Command6 "&Döp om" Command8
+//     "&Ta bort"    fleratabort2 hidden: removes all selected files
+//   Server panel, in Frame2 "Server"
+//     server1 picture   listdir2 and hidden listDir the raw listing lines, two views of one model
+//     Command9 "&Uppdatera"  Command21 "&cd.."  Command14 "&Skapa katalog"  Command11 "&Kör"  Command12
+//     "&Visa" Command10 "&Döp om"    Command13 "&Ta bort"   fleratabort hidden, with its work list l1
+//   Transfers, in Picture1
+//     Command1 "&Ladda upp fil(er)"  Command2 "&Ta hem fil(er)"  Command23 "Ladda upp &mapp..."
+//   Progress strip, in Picture3
+//     Label1 "Överfört:"  label7 bytes  p1 empty bar  p2 filled bar  antal, antal2 the percentage  avb
+//     "&Avbryt"
+//   Trace, in Picture4
+//     Label5 "State:" lblState   Label4 "Last Error:" lblLastError   Label3 "Last Action:" lblLastAction
+//     listTrace
+
+#include <QMenu>
+#include <QPointer>
+#include <cstdint>
+
+#include "forms/main/local_files_model.h"
+#include "forms/main/server_lines_model.h"
+#include "ftp/component.h"
+#include "settings/settings_store.h"
+#include "ui_main_form.h"
+
+namespace forms {
+
+class MainForm : public QWidget, private Ui::MainForm {
+    Q_OBJECT
+ public:
+    /// `store` must outlive the window.
+    explicit MainForm(settings::Store& store, ftp::Deadlines deadlines = {});
+    ~MainForm() override;
+
+    /// Stores `code` into the component's action property. The number of the error, which has been shown in a
+    /// message box, or 0.
+    std::int16_t ExecuteCommand(std::int16_t code);
+    /// Shows a child window in the place of the current one; the button of the shown one is bold.
+    void LoadForm(QWidget& form, QPushButton& button);
+    /// Opens the document with the program that the desktop associates with it; the shell's result (above 32
+    /// when it was started).
+    std::int32_t StartDoc(const QString& path);
+    /// Whether the file's time is later, or earlier, than the filter's. The days come from the dates, hour
+    /// and minute from the variants.
+    bool kolladata1(const QDateTime& file_date, const QDateTime& filter_date, const QDateTime& file_variant,
+                    const QDateTime& filter_variant) const;
+    bool kolladata2(const QDateTime& file_date, const QDateTime& filter_date, const QDateTime& file_variant,
+                    const QDateTime& filter_variant) const;
+
+    /// The path of a local row: the very file that the row was made from.
+    QString LocalPathOfRow(int row) const;
+    /// Appends lines to listTrace.
+    void Trace(const QString& text);
+
+    // Server lists (listing.cpp).
+    void ClearServerLists();
+    void BuildServerList();
+    QString SelectedServerName() const;
+
+    // Handlers that other forms call too.
+    void Command9_Click();  // reads the server listing again
+    void Command7_Click();  // reads the local files again
+    void Dir1_Change();     // rebuilds the local list
+
+ protected:
+    void closeEvent(QCloseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+    // window.cpp
+    void MDIForm_Load();
+    void MDIForm_QueryUnload();
+    void UnloadSecondaryWindows();
+    void RestorePlace();
+    void SavePlace();
+    // wiring.cpp
+    void Wire();
+    void WireComponent();
+    void WireServerPanel();
+    void WireLocalPanel();
+    // layout.cpp
+    void PrepareLayout();
+    void MDIForm_Resize();
+    void PlacePercentages();
+    bool ChooseAmongAmbiguous(QAbstractButton& button);
+    // toolbar.cpp
+    void cmdConnection_Click();
+    void Command16_Click();
+    // trace.cpp
+    void Ftp1_Debug(const QString& line);
+    void Ftp1_Error(std::int32_t number, const QString& text);
+    void Ftp1_CommandSent(const QString& line);
+    void Ftp1_ConnectedChanged(bool connected);
+    // listing.cpp
+    void Ftp1_DirItem(const QString& line);
+    // server_panel.cpp
+    void Command21_Click();
+    void listDir_Click();
+    void listDir_DblClick();
+    void listDir_LostFocus();
+    void listdir2_Click();
+    void listdir2_DblClick();
+    void listdir2_ItemClick(int row);
+    void listdir2_LostFocus();
+    // transfers.cpp
+    void Command1_Click();
+    void Command2_Click();
+    void avb_Click();
+    void Ftp1_Progress(std::int64_t bytes);
+    // local_panel.cpp
+    void Drive1_Change();
+    void list2_Click();
+    void List1_Click();
+    void List1_KeyUp();
+    void Text1_Click();
+    void Text1_KeyPress(int key_ascii);
+    // remembered_folders.cpp
+    void lk_Click();
+    void lk_KeyPress(int key_ascii);
+    void Command22_Click();
+    void tabort2_Click();
+    void tabort3_Click();
+    void SelectFirstRemembered();
+
+    settings::Store& store_;
+    ftp::Component* const Ftp1;
+    ServerLinesModel* const server_lines_;
+    LocalFilesModel* const local_files_;
+    QMenu* const tabd;
+    bool adding_ = false;  // a listing line is being added by Ftp1_DirItem, not chosen by the user
+    QPointer<QWidget> current_child_;
+    QPointer<QPushButton> current_button_;
+};
+
+}  // namespace forms

@@ -1,0 +1,23 @@
+#pragma once
+// The raw listing lines with their icons: the model behind listDir and listdir2. UI thread only.
+
+#include <QIcon>
+#include <array>
+
+#include "toolkit/lists.h"
+
+namespace forms {
+
+class ServerLinesModel : public toolkit::LineModel {
+    Q_OBJECT
+ public:
+    explicit ServerLinesModel(QObject* parent = nullptr);
+
+    QVariant data(const QModelIndex& index, int role) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+ private:
+    std::array<QIcon, 9> ImageList1;  // icon n of the row kinds stands at n - 1
+};
+
+}  // namespace forms
