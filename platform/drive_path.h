@@ -1,9 +1,10 @@
 #pragma once
 // The drive-letter notation that the program speaks, and its border to the native file system.
 //
-// "C:\" is the root of the file system, so /home/anna is C:\home\anna; further letters are the mounted removable
-// and network volumes in order of mount point. Names that the notation cannot hold (a backslash, bytes that are
-// not UTF-8, the private characters used for these) are mapped into U+F000..U+F0FF and back without loss.
+// "C:\" is the root of the file system, so /home/anna is C:\home\anna; further letters are the mounted
+// removable and network volumes in order of mount point. Names that the notation cannot hold (a backslash,
+// bytes that are not UTF-8, the private characters used for these) are mapped into U+F000..U+F0FF and back
+// without loss.
 
 #include <QByteArray>
 #include <QString>
@@ -15,13 +16,13 @@ namespace platform {
 /// "C:\home\anna" for "/home/anna"; the deepest further volume wins ("D:\bilder" for "/media/usb/bilder").
 QString FromNative(const QByteArray& native);
 
-/// The native path for a notation path ("/home/anna" for "C:\home\anna" or "c:\home\anna\"); a native absolute
-/// path typed by the user is understood too. Names are taken literally, without a look at the disk.
+/// The native path for a notation path ("/home/anna" for "C:\home\anna" or "c:\home\anna\"); a native
+/// absolute path typed by the user is understood too. Names are taken literally, without a look at the disk.
 /// Nothing for text that is neither (no drive, an unknown drive, relative).
 std::optional<QByteArray> ToNative(const QString& path);
 
-/// As ToNative, then each name is looked up as classic file systems do: the exact name wins, else the one entry
-/// that is equal but for case; with none or several the name stays as written.
+/// As ToNative, then each name is looked up as classic file systems do: the exact name wins, else the one
+/// entry that is equal but for case; with none or several the name stays as written.
 std::optional<QByteArray> Resolve(const QString& path);
 
 /// One name between the notation and the disk.

@@ -9,15 +9,15 @@
 namespace platform {
 
 struct FolderEntry {
-    QString name;             // in the notation, case as on the disk
-    std::int64_t size = 0;    // bytes; 0 when it cannot be read
+    QString name;               // in the notation, case as on the disk
+    std::int64_t size = 0;      // bytes; 0 when it cannot be read
     std::int64_t modified = 0;  // seconds since 1970, UTC; 0 when it cannot be read
-    bool folder = false;      // a folder, or a link to one
+    bool folder = false;        // a folder, or a link to one
 };
 
 /// All entries but "." and "..", hidden ones included, sorted by name without regard to case (then by bytes).
-/// Each entry's size and time are read once. 100,000 entries take well under a second. Nothing when the folder
-/// cannot be read.
+/// Each entry's size and time are read once. 100,000 entries take well under a second. Nothing when the
+/// folder cannot be read.
 std::optional<std::vector<FolderEntry>> ReadFolder(const QString& path);
 
 /// The subfolders only, same order; much cheaper in a folder of many files.
@@ -27,8 +27,8 @@ bool FolderExists(const QString& path);
 /// Length of a plain file in bytes, or nothing.
 std::optional<std::int64_t> FileLength(const QString& path);
 
-/// Whether `name` matches the patterns, separated by ";" as in "*.htm*;*.txt": "*" any run, "?" one character,
-/// case ignored. An empty pattern and "*.*" match every name.
+/// Whether `name` matches the patterns, separated by ";" as in "*.htm*;*.txt": "*" any run, "?" one
+/// character, case ignored. An empty pattern and "*.*" match every name.
 bool MatchesPattern(const QString& name, const QString& patterns);
 
 /// The folder where the executable stands, and the process's current folder, in the notation.
