@@ -17,14 +17,16 @@ class Store {
     /// number: the classic run-time number (70 permission denied, 75 path error, 61 disk full, 53 not found).
     using ProblemHandler = std::function<void(int number, const QString& text)>;
 
-    /// `folder` is a native path; empty for the per-user default ($XDG_CONFIG_HOME/websmide or ~/.config/websmide).
+    /// `folder` is a native path; empty for the per-user default ($XDG_CONFIG_HOME/websmide or
+    /// ~/.config/websmide).
     explicit Store(const QString& folder = {});
     ~Store();
 
     void OnProblem(ProblemHandler handler);
 
     QString GetSetting(const QString& application, const QString& section, const QString& key) const;
-    void SaveSetting(const QString& application, const QString& section, const QString& key, const QString& value);
+    void SaveSetting(const QString& application, const QString& section, const QString& key,
+                     const QString& value);
 
     /// Holds writes back until destroyed, so that many values make one file replacement. May be nested.
     class Batch {
