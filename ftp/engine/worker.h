@@ -5,7 +5,6 @@
 // request. Names are bytes as the server knows them; local paths are native paths. Nothing here throws.
 
 #include <atomic>
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -14,19 +13,10 @@
 #include <variant>
 #include <vector>
 
+#include "ftp/engine/session/deadlines.h"
 #include "ftp/engine/wire/failure.h"
 
 namespace ftp {
-
-/// Every wait of the engine has one of these deadlines.
-struct Deadlines {
-    std::chrono::milliseconds connect{20'000};      // one connection, over all its addresses
-    std::chrono::milliseconds reply{60'000};        // one reply of the control connection
-    std::chrono::milliseconds data{60'000};         // a data connection on which nothing moves
-    std::chrono::milliseconds early_login{10'000};  // a reply to a login sent ahead, before one step at a time is tried
-    std::chrono::milliseconds abort{3'000};         // all replies that are due after an abort
-    std::chrono::milliseconds quit{1'000};          // the answer to QUIT
-};
 
 struct Connect {
     std::string host_field, user, password, account;
@@ -92,7 +82,8 @@ struct Finished {};
 
 struct Notification {
     std::uint64_t request = 0;
-    std::variant<CommandSent, ReplyLine, ListingBatch, TransferStarted, SessionChanged, Problem, Finished> what;
+    std::variant<CommandSent, ReplyLine, ListingBatch, TransferStarted, SessionChanged, Problem, Finished>
+        what;
 };
 
 class Worker {

@@ -1,0 +1,19 @@
+#pragma once
+// How long the engine waits for what.
+
+#include <chrono>
+
+namespace ftp {
+
+/// Every wait of the engine has one of these deadlines.
+struct Deadlines {
+    std::chrono::milliseconds connect{20'000};  // one connection, over all its addresses
+    std::chrono::milliseconds reply{60'000};    // one reply of the control connection
+    std::chrono::milliseconds data{60'000};     // a data connection on which nothing moves
+    std::chrono::milliseconds early_login{
+        10'000};  // a reply to a login sent ahead, before one step at a time is tried
+    std::chrono::milliseconds abort{3'000};  // all replies that are due after an abort
+    std::chrono::milliseconds quit{1'000};   // the answer to QUIT
+};
+
+}  // namespace ftp

@@ -1,0 +1,153 @@
+#include "ftp/engine/session/login.h"
+
+#include "ftp/engine/net/deadline.h"
+
+namespace ftp {
+namespace {
+
+/// The commands of a login, sent ahead or each in its turn; the sequence that uses it reads the same.
+class Conversation {
+ public:
+    Conversation(Session& session, bool ahead) : session_(session), ahead_(ahead) {}
+
+    Task<> SendAhead(std::vector<Command> commands) {
+        if (!ahead_) co_return Result<>{};
+        co_return co_await session_.control->Send(std::move(commands));
+    }
+    /// The answer to a command that was sent ahead, or that is sent now.
+    Task<Reply> Answer(Command command) {
+        if (ahead_) co_return co_await session_.ReceiveFinal(session_.deadlines.early_login);
+        std::vector<Command> commands;
+        commands.push_back(std::move(command));
+        const auto sent = co_await session_.control->Send(std::move(commands));
+        if (!sent) co_return Fail(sent.error());
+        co_return co_await session_.ReceiveFinal(session_.deadlines.reply);
+    }
+    bool Ahead() const { return ahead_; }
+
+ private:
+    Session& session_;
+    bool ahead_;
+};
+
+struct Commands {
+    Command user, pass, feat, utf8, type;
+};
+
+Result<Commands> MakeCommands(const Credentials& who) {
+    auto user = MakeCommand("USER", who.user);
+    if (!user) return Fail(user.error());
+    auto pass = MakeCommand("PASS", who.password);
+    if (!pass) return Fail(pass.error());
+    return Commands{*user, *pass, *MakeCommand("FEAT"), *MakeCommand("OPTS", "UTF8 ON"),
+                    *MakeCommand("TYPE", "I")};
+}
+
+Task<> Connect(Session& session, HostAndPort where) {
+    const Deadline deadline(session.transport.Executor(), session.deadlines.connect,
+                            [&session] { session.transport.CancelConnect(); });
+    auto stream = co_await session.transport.ConnectControl(std::move(where));
+    if (session.dropped) co_return Fail(FailureKind::Cancelled);
+    if (deadline.Expired()) co_return Fail(FailureKind::TimedOut);
+    if (!stream) co_return Fail(stream.error());
+    session.control = std::make_unique<Control>(session.transport.Executor(), std::move(*stream),
+                                                session.events, session.deadlines.reply);
+    co_return Result<>{};
+}
+
+/// 220, after any number of 120.
+Task<> Greeting(Session& session) {
+    const auto greeting = co_await session.ReceiveFinal(session.deadlines.reply);
+    if (!greeting) co_return Fail(greeting.error());
+    if (!greeting->Completed()) co_return Fail(RefusalOf(*greeting));
+    co_return Result<>{};
+}
+
+/// USER, PASS where it is asked for, ACCT where it is asked for.
+Task<> Identify(Session& session, Conversation& talk, const Commands& commands, const Credentials& who) {
+    auto reply = co_await talk.Answer(commands.user);
+    if (!reply) co_return Fail(reply.error());
+    const bool no_password = reply->Completed() || reply->code == 332;
+    if (reply->Refused()) co_return Fail(RefusalOf(*reply));
+    if (!no_password || talk.Ahead()) {
+        auto answer = co_await talk.Answer(commands.pass);
+        if (!answer) co_return Fail(answer.error());
+        if (!no_password) reply = std::move(answer);
+    }
+    if (reply->code == 332) {
+        for (int sent_ahead = 0; talk.Ahead() && session.control->Owes() && sent_ahead < 3; ++sent_ahead) {
+            const auto too_early = co_await session.ReceiveFinal(session.deadlines.early_login);
+            if (!too_early) co_return Fail(too_early.error());
+        }
+        reply = co_await session.Ask("ACCT", who.account);
+        if (!reply) co_return Fail(reply.error());
+    }
+    if (!reply->Completed()) co_return Fail(RefusalOf(*reply));
+    co_return Result<>{};
+}
+
+/// FEAT, OPTS, TYPE: none of them has to succeed.
+Task<> Prepare(Session& session, Conversation& talk, const Commands& commands) {
+    // Behind an ACCT the ones that left ahead have been answered, too early.
+    Conversation in_turn(session, false);
+    Conversation& asking = talk.Ahead() && session.control->Owes() ? talk : in_turn;
+    const auto features = co_await asking.Answer(commands.feat);
+    if (!features) co_return Fail(features.error());
+    session.features = ParseFeatures(*features);
+    const auto utf8 = co_await asking.Answer(commands.utf8);
+    if (!utf8) co_return Fail(utf8.error());
+    const auto type = co_await asking.Answer(commands.type);
+    if (!type) co_return Fail(type.error());
+    session.type = type->Completed() ? 'I' : '\0';
+    co_return Result<>{};
+}
+
+Task<> Attempt(Session& session, HostAndPort where, const Credentials& who, const Commands& commands,
+               bool ahead) {
+    session.Forget();
+    session.habits.one_at_a_time = !ahead;
+    const auto connected = co_await Connect(session, std::move(where));
+    if (!connected) co_return connected;
+    Conversation talk(session, ahead);
+    std::vector<Command> all{commands.user, commands.pass, commands.feat, commands.utf8, commands.type};
+    const auto sent = co_await talk.SendAhead(std::move(all));
+    if (!sent) co_return sent;
+    const auto greeted = co_await Greeting(session);
+    if (!greeted) co_return greeted;
+    const auto identified = co_await Identify(session, talk, commands, who);
+    if (!identified) co_return identified;
+    co_return co_await Prepare(session, talk, commands);
+}
+
+/// Whether a login that was sent ahead failed in a way that one step at a time may not. A server that has
+/// read the password and does not like it is not asked twice.
+bool MayMindCommandsAhead(const Failure& failure) {
+    switch (failure.kind) {
+        case FailureKind::ConnectionLost:
+        case FailureKind::Protocol:
+            return true;
+        case FailureKind::Refused:
+            return failure.code == 500 || failure.code == 501 || failure.code == 503;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+Task<> Login(Session& session, HostAndPort where, Credentials who) {
+    const auto commands = MakeCommands(who);
+    if (!commands) co_return Fail(commands.error());
+    auto outcome = co_await Attempt(session, where, who, *commands, true);
+    const bool connected = session.control != nullptr;
+    const bool slow = !outcome && outcome.error().kind == FailureKind::TimedOut;
+    if (!outcome && connected && !session.dropped && (slow || MayMindCommandsAhead(outcome.error()))) {
+        outcome = co_await Attempt(session, where, who, *commands, false);
+    }
+    if (session.dropped) outcome = Fail(FailureKind::Cancelled);
+    session.logged_in = outcome.has_value();
+    if (!outcome) session.control.reset();
+    co_return outcome;
+}
+
+}  // namespace ftp

@@ -1,0 +1,11 @@
+#pragma once
+#include "ftp/engine/session/transfer.h"
+
+namespace ftp {
+
+/// RETR into a temporary file beside `local_path`, which takes its place when the file is whole: the data
+/// ended, the server confirmed it, and no fewer bytes came than it had stated. Otherwise an old file stays as
+/// it was.
+Task<> RetrieveFile(Session& session, TransferMode mode, std::string remote, std::string local_path);
+
+}  // namespace ftp

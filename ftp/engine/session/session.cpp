@@ -1,0 +1,52 @@
+#include "ftp/engine/session/session.h"
+
+#include "ftp/engine/session/transfer.h"
+
+namespace ftp {
+
+Task<Reply> Session::ReceiveFinal(std::chrono::milliseconds limit) {
+    for (;;) {
+        auto reply = co_await control->Receive(limit);
+        if (!reply || !reply->Preliminary()) co_return reply;
+    }
+}
+
+Task<Reply> Session::Ask(std::string_view verb, std::string_view argument) {
+    if (!control) co_return Fail(FailureKind::NotConnected);
+    auto command = MakeCommand(verb, argument);
+    if (!command) co_return Fail(command.error());
+    std::vector<Command> commands;
+    commands.push_back(std::move(*command));
+    const auto sent = co_await control->Send(std::move(commands));
+    if (!sent) co_return Fail(sent.error());
+    co_return co_await ReceiveFinal(deadlines.reply);
+}
+
+Task<> Session::Do(std::string_view verb, std::string_view argument) {
+    const auto reply = co_await Ask(verb, argument);
+    if (!reply) co_return Fail(reply.error());
+    if (!reply->Completed()) co_return Fail(RefusalOf(*reply));
+    co_return Result<>{};
+}
+
+void Session::AbortTransfer() {
+    if (transfer != nullptr) transfer->Abort();
+}
+
+void Session::Drop() {
+    dropped = true;
+    logged_in = false;
+    transport.CancelConnect();
+    if (control) control->Close();
+    if (transfer != nullptr) transfer->CloseData();
+}
+
+void Session::Forget() {
+    control.reset();
+    logged_in = false;
+    features = {};
+    habits = {};
+    type = 0;
+}
+
+}  // namespace ftp

@@ -1,0 +1,62 @@
+#pragma once
+// What one session knows, and the small steps that its sequences share. Worker's thread.
+
+#include <memory>
+#include <optional>
+#include <string_view>
+
+#include "ftp/engine/net/stream.h"
+#include "ftp/engine/session/control.h"
+#include "ftp/engine/session/deadlines.h"
+#include "ftp/engine/session/events.h"
+#include "ftp/engine/wire/features.h"
+
+namespace ftp {
+
+class Transfer;
+
+/// What experience with this server has shown.
+struct Habits {
+    bool one_at_a_time = false;  // minds commands that are sent ahead of an answer
+    bool refuses_epsv = false;
+    bool refuses_pasv = false;
+    bool refuses_size = false;
+};
+
+struct Session {
+    Session(Transport& transport_in, LocalFiles& files_in, Events& events_in, const Deadlines& deadlines_in)
+        : transport(transport_in), files(files_in), events(events_in), deadlines(deadlines_in) {}
+
+    /// Whether a login stands (the server may have closed it since; the next exchange shows).
+    bool LoggedIn() const { return logged_in && control && control->Open(); }
+
+    /// Sends one command and returns its reply whatever it is; preliminary replies are read past.
+    Task<Reply> Ask(std::string_view verb, std::string_view argument = {});
+    /// Sends one command that must be answered 2xx; otherwise Refused.
+    Task<> Do(std::string_view verb, std::string_view argument = {});
+    /// The reply that ends the oldest command under way; preliminary replies are read past.
+    Task<Reply> ReceiveFinal(std::chrono::milliseconds limit);
+
+    /// Ends the running transfer at the next chance; nothing without one.
+    void AbortTransfer();
+    /// Closes everything at once; what runs ends as Cancelled.
+    void Drop();
+    /// Close and forget this server.
+    void Forget();
+
+    Transport& transport;
+    LocalFiles& files;
+    Events& events;
+    const Deadlines& deadlines;
+
+    std::unique_ptr<Control> control;
+    bool logged_in = false;
+    Features features;
+    Habits habits;
+    char type = 0;  // 'A' or 'I' as the server has accepted it, 0 before
+
+    Transfer* transfer = nullptr;  // the running one, if any
+    bool dropped = false;          // Drop was called and the running operation has not ended yet
+};
+
+}  // namespace ftp

@@ -1,0 +1,233 @@
+#include "ftp/engine/session/transfer.h"
+
+#include <algorithm>
+
+namespace ftp {
+
+Transfer::Transfer(Session& session, TransferMode mode) : session_(session), mode_(mode) {
+    session_.transfer = this;
+    session_.events.Moved(0);
+}
+
+Transfer::~Transfer() {
+    session_.transfer = nullptr;
+}
+
+Task<> Transfer::Start(Command command, std::string size_of) {
+    if (!session_.LoggedIn()) co_return Fail(FailureKind::NotConnected);
+    const auto asked = co_await AskAhead(size_of);
+    if (!asked) co_return Fail(asked.error());
+    const auto opened = co_await OpenData();
+    if (!opened) co_return Fail(opened.error());
+    if (aborted_) co_return Fail(FailureKind::Cancelled);
+
+    std::vector<Command> commands;
+    commands.push_back(std::move(command));
+    commanded_ = true;
+    const auto sent = co_await session_.control->Send(std::move(commands));
+    if (!sent) co_return Fail(sent.error());
+    watch_.emplace(
+        *session_.control, [this](const Reply& reply) { See(reply); },
+        [this] {
+            refused_ = true;
+            CloseData();
+        });
+    co_return co_await Establish();
+}
+
+/// Sends commands together, or one by one where the server minds, and returns their replies in order.
+Task<std::vector<Reply>> Transfer::Exchange(std::vector<Command> commands) {
+    const std::size_t packet = session_.habits.one_at_a_time ? 1 : commands.size();
+    std::vector<Reply> replies;
+    for (auto next = commands.begin(); next != commands.end();) {
+        const auto last = next + static_cast<std::ptrdiff_t>(packet);
+        std::vector<Command> together(std::make_move_iterator(next), std::make_move_iterator(last));
+        next = last;
+        const auto sent = co_await session_.control->Send(std::move(together));
+        if (!sent) co_return Fail(sent.error());
+        for (std::size_t i = 0; i < packet; ++i) {
+            auto reply = co_await session_.ReceiveFinal(session_.deadlines.reply);
+            if (!reply) co_return Fail(reply.error());
+            replies.push_back(std::move(*reply));
+        }
+    }
+    co_return replies;
+}
+
+/// TYPE where it is not set yet, SIZE where it helps, and EPSV or PASV: all in one packet.
+Task<> Transfer::AskAhead(const std::string& size_of) {
+    const char type = mode_.image ? 'I' : 'A';
+    const bool ask_type = session_.type != type;
+    const bool ask_size =
+        mode_.image && !size_of.empty() && session_.features.size && !session_.habits.refuses_size;
+    bool& refuses_port =
+        session_.habits.refuses_epsv ? session_.habits.refuses_pasv : session_.habits.refuses_epsv;
+    const bool ask_port = mode_.passive && !refuses_port;
+
+    std::vector<Command> commands;
+    if (ask_type) commands.push_back(*MakeCommand("TYPE", {&type, 1}));
+    if (ask_size) {
+        auto command = MakeCommand("SIZE", size_of);
+        if (!command) co_return Fail(command.error());
+        commands.push_back(std::move(*command));
+    }
+    if (ask_port) commands.push_back(*MakeCommand(session_.habits.refuses_epsv ? "PASV" : "EPSV"));
+
+    const auto replies = co_await Exchange(std::move(commands));
+    if (!replies) co_return Fail(replies.error());
+    auto reply = replies->begin();
+    if (ask_type) {
+        if (!reply->Completed()) co_return Fail(RefusalOf(*reply));
+        session_.type = type;
+        ++reply;
+    }
+    if (ask_size) {
+        stated_ = ParseSizeReply(*reply);
+        if (reply->code == 500 || reply->code == 502) session_.habits.refuses_size = true;
+        ++reply;
+    }
+    if (!ask_port) co_return Result<>{};
+    if (reply->code == 421) co_return Fail(RefusalOf(*reply));
+    port_ = session_.habits.refuses_epsv ? ParsePasv(*reply) : ParseEpsv(*reply);
+    if (port_) co_return Result<>{};
+    refuses_port = true;  // for the rest of the session
+    co_return co_await AskAhead({});
+}
+
+Task<> Transfer::OpenData() {
+    if (!port_) co_return co_await OpenActive();
+    auto data = session_.transport.StartData(*port_);  // the SYN leaves; the command follows at once
+    if (!data) co_return Fail(data.error());
+    data_ = std::move(*data);
+    co_return Result<>{};
+}
+
+Task<> Transfer::OpenActive() {
+    auto listener = session_.transport.Listen();
+    if (!listener) co_return Fail(listener.error());
+    listener_ = std::move(*listener);
+    const std::string address = listener_->Address();
+    const std::uint16_t port = listener_->Port();
+    auto told = co_await session_.Do("EPRT", EprtArgument(address, listener_->IsIpv6(), port));
+    if (!told && told.error().kind == FailureKind::Refused && !listener_->IsIpv6()) {
+        told = co_await session_.Do("PORT", PortArgument(address, port));
+    }
+    co_return told;
+}
+
+/// Waits until the data connection stands.
+Task<> Transfer::Establish() {
+    const Deadline deadline(session_.transport.Executor(), session_.deadlines.connect,
+                            [this] { CloseData(); });
+    Result<> stands;
+    if (listener_) {
+        auto data = co_await listener_->Accept();
+        if (data) {
+            data_ = std::move(*data);
+        } else {
+            stands = Fail(data.error());
+        }
+    } else {
+        stands = co_await data_->Connected();
+    }
+    if (deadline.Expired()) co_return Fail(FailureKind::TimedOut);
+    if (!stands) co_return stands;
+    session_.events.TransferStarted(stated_);
+    silence_.emplace(session_.transport.Executor(), session_.deadlines.data, [this] { CloseData(); });
+    co_return Result<>{};
+}
+
+/// A reply that arrives while the bytes move.
+void Transfer::See(const Reply& reply) {
+    if (reply.Preliminary() && !stated_ && mode_.image) {
+        stated_ = ParseTransferSize(reply);
+        if (stated_) session_.events.TransferStarted(stated_);
+    }
+    if (reply.Refused()) {
+        refused_ = true;
+        CloseData();  // nobody will take or send more
+    }
+}
+
+void Transfer::Moved(std::int64_t bytes) {
+    session_.events.Moved(bytes - static_cast<std::int64_t>(data_->Unsent()));
+    silence_->Restart();
+}
+
+void Transfer::Abort() {
+    aborted_ = true;
+    CloseData();
+    if (session_.control) session_.control->Interrupt();
+}
+
+void Transfer::CloseData() {
+    if (data_) data_->Reset();
+    if (listener_) listener_->Close();
+}
+
+Task<> Transfer::Finish(Result<> moved) {
+    watch_.reset();
+    const bool silent = silence_ && silence_->Expired();
+    silence_.reset();
+    if (session_.dropped) co_return Fail(FailureKind::Cancelled);
+    if (!session_.control) co_return moved;
+    if (!moved && !aborted_ && !commanded_ && !session_.control->Owes()) co_return moved;  // never began
+
+    // The server says how it went, unless we are the ones who broke off.
+    const bool server_ended = refused_ || (!moved && moved.error().kind == FailureKind::ConnectionLost);
+    const bool broke_off = aborted_ || silent || (!moved && !server_ended);
+    if (!broke_off) {
+        const auto reply = co_await AwaitFinal();
+        CloseData();
+        if (session_.dropped) co_return Fail(FailureKind::Cancelled);
+        if (!aborted_) {
+            if (!reply) co_return Fail(reply.error());
+            if (reply->Refused()) co_return Fail(RefusalOf(*reply));
+            co_return moved;
+        }
+    }
+    CloseData();
+    const auto in_step = co_await BackInStep();
+    if (!in_step) session_.control->Close();
+    if (aborted_ || session_.dropped) co_return Fail(FailureKind::Cancelled);
+    if (silent) co_return Fail(FailureKind::TimedOut);
+    co_return moved;
+}
+
+/// The final reply. What was sent may still be on its way through a slow line: as long as it moves, so does
+/// the limit.
+Task<Reply> Transfer::AwaitFinal() {
+    for (;;) {
+        const std::size_t unsent = data_ ? data_->Unsent() : 0;
+        auto reply = co_await session_.ReceiveFinal(session_.deadlines.reply);
+        const bool moving = data_ && data_->Unsent() < unsent;
+        if (reply || reply.error().kind != FailureKind::TimedOut || !moving) co_return reply;
+    }
+}
+
+/// Ends what the server still does and reads all replies that are due, so that the next command meets its own
+/// answer.
+Task<> Transfer::BackInStep() {
+    Control& control = *session_.control;
+    const Deadline deadline(session_.transport.Executor(), session_.deadlines.abort,
+                            [&control] { control.Close(); });
+    control.EndInterruption();
+    if (!commanded_) {
+        while (control.Owes()) {
+            const auto reply = co_await control.Receive();
+            if (!reply) co_return Fail(reply.error());
+        }
+        co_return Result<>{};
+    }
+    // Servers answer ABOR with one reply or two, in either order, or swallow what follows it in the same
+    // packet. So: one reply first, then NOOP, whose 200 is the last that is due.
+    const auto aborted = co_await session_.Ask("ABOR");
+    if (!aborted) co_return Fail(aborted.error());
+    auto reply = co_await session_.Ask("NOOP");
+    while (reply && reply->code != 200 && control.Owes()) reply = co_await control.Receive();
+    if (!reply) co_return Fail(reply.error());
+    control.Settle();
+    co_return Result<>{};
+}
+
+}  // namespace ftp

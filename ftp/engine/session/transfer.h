@@ -1,0 +1,71 @@
+#pragma once
+// What listing, download and upload have in common: a data connection beside the control connection.
+
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "ftp/engine/net/deadline.h"
+#include "ftp/engine/session/session.h"
+
+namespace ftp {
+
+struct TransferMode {
+    bool passive = true;  // EPSV, then PASV; EPRT and PORT as the last resort. False: EPRT and PORT only
+    bool image = true;    // TYPE I
+};
+
+/// One transfer, from the question for a port to the final reply. Lives in the coroutine that carries it out:
+///
+///     Transfer transfer(session, mode);
+///     started = co_await transfer.Start(command, name);
+///     moved = ... bytes through transfer.Data(), transfer.Moved(count) after each piece ...
+///     co_return co_await transfer.Finish(moved);
+class Transfer {
+ public:
+    Transfer(Session& session, TransferMode mode);
+    ~Transfer();
+    Transfer(const Transfer&) = delete;
+    Transfer& operator=(const Transfer&) = delete;
+
+    /// Opens the data connection and sends the transfer command beside its SYN, without waiting for the 150.
+    /// With `size_of` the size of that file is asked for on the way. After a failure only Finish is left to
+    /// call.
+    Task<> Start(Command command, std::string size_of = {});
+    Stream& Data() { return *data_; }
+    /// The size that the server has stated, so far.
+    std::optional<std::int64_t> StatedSize() const { return stated_; }
+    /// Something moved: `bytes` in all.
+    void Moved(std::int64_t bytes);
+    /// Brings the session back in step and tells how the transfer ended. `moved`: how Start or the bytes
+    /// went.
+    Task<> Finish(Result<> moved);
+
+    /// From outside, at any time: ends the transfer; Finish then says Cancelled.
+    void Abort();
+    void CloseData();
+
+ private:
+    Task<std::vector<Reply>> Exchange(std::vector<Command> commands);
+    Task<> AskAhead(const std::string& size_of);
+    Task<> OpenData();
+    Task<> OpenActive();
+    Task<> Establish();
+    Task<Reply> AwaitFinal();
+    Task<> BackInStep();
+    void See(const Reply& reply);
+
+    Session& session_;
+    TransferMode mode_;
+    std::optional<std::uint16_t> port_;
+    std::unique_ptr<Stream> data_;
+    std::unique_ptr<Listener> listener_;
+    std::optional<Control::Watch> watch_;
+    std::optional<Deadline> silence_;
+    std::optional<std::int64_t> stated_;
+    bool commanded_ = false;  // the transfer command has left
+    bool refused_ = false;    // the server has said no, or goodbye
+    bool aborted_ = false;
+};
+
+}  // namespace ftp

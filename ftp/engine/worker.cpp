@@ -1,0 +1,208 @@
+#include "ftp/engine/worker.h"
+
+#include <asio/co_spawn.hpp>
+#include <asio/detached.hpp>
+#include <asio/executor_work_guard.hpp>
+#include <asio/io_context.hpp>
+#include <asio/post.hpp>
+#include <asio/redirect_error.hpp>
+#include <asio/steady_timer.hpp>
+#include <asio/use_awaitable.hpp>
+#include <exception>
+#include <thread>
+#include <utility>
+
+#include "ftp/engine/net/local_files.h"
+#include "ftp/engine/net/stream.h"
+#include "ftp/engine/session/files.h"
+#include "ftp/engine/session/list.h"
+#include "ftp/engine/session/login.h"
+#include "ftp/engine/session/quit.h"
+#include "ftp/engine/session/retrieve.h"
+#include "ftp/engine/session/session.h"
+#include "ftp/engine/session/store.h"
+
+namespace ftp {
+namespace {
+
+/// Listing batches on the way to the other thread before the server has to wait.
+constexpr int kMaxBatches = 16;
+
+}  // namespace
+
+/// Everything that lives on the worker's thread.
+class Worker::Core : private Events {
+ public:
+    Core(Sink sink, const Deadlines& deadlines, std::shared_ptr<std::atomic<std::int64_t>> bytes)
+        : sink_(std::move(sink)),
+          bytes_(std::move(bytes)),
+          deadlines_(deadlines),
+          transport_(MakeTcpTransport(io_.get_executor())),
+          files_(MakeLocalFiles()),
+          room_(io_),
+          session_(*transport_, *files_, *this, deadlines_),
+          thread_([this] {
+              BlockBrokenPipeSignal();
+              io_.run();
+          }) {}
+
+    ~Core() override {
+        Post([this] {
+            closing_ = true;
+            session_.Drop();
+            room_.cancel();
+            work_.reset();
+        });
+        thread_.join();
+    }
+
+    template <class Action>
+    void Post(Action action) {
+        asio::post(io_, std::move(action));
+    }
+
+    void Start(Request request) { asio::co_spawn(io_, Carry(std::move(request)), asio::detached); }
+
+    void AbortTransfer() { session_.AbortTransfer(); }
+    void DropSession() {
+        session_.Drop();
+        room_.cancel();
+    }
+    void BatchTaken() {
+        --batches_;
+        room_.cancel();
+    }
+
+ private:
+    /// One operation, from its request to Finished. The one place that catches: what gets here is a fault of
+    /// ours.
+    asio::awaitable<void> Carry(Request request) {
+        request_ = request.id;
+        is_listing_ = std::holds_alternative<List>(request.operation);
+        session_.dropped = closing_;
+        Result<> outcome;
+        try {
+            outcome = co_await CarryOut(std::move(request));
+        } catch (const std::exception& fault) {
+            session_.Forget();
+            outcome = Fail(FailureKind::Protocol, fault.what());
+        }
+        if (session_.control && !session_.control->Open()) session_.Forget();
+        TellWhetherConnected();
+        if (!outcome) Trouble(outcome.error());
+        session_.dropped = false;
+        Tell(Finished{});
+    }
+
+    asio::awaitable<Result<>> CarryOut(Request request) {
+        const TransferMode mode{request.passive, request.image};
+        Operation& operation = request.operation;
+        if (auto* connect = std::get_if<ftp::Connect>(&operation))
+            co_return co_await Connect(std::move(*connect));
+        if (std::holds_alternative<List>(operation)) co_return co_await ListDirectory(session_, mode);
+        if (auto* change = std::get_if<ChangeDirectory>(&operation)) {
+            co_return co_await ChangeDirectoryTo(session_, std::move(change->name));
+        }
+        if (std::holds_alternative<ChangeToParent>(operation))
+            co_return co_await ChangeToParentDirectory(session_);
+        if (auto* make = std::get_if<MakeDirectory>(&operation)) {
+            co_return co_await MakeDirectoryNamed(session_, std::move(make->name));
+        }
+        if (auto* remove = std::get_if<RemoveDirectory>(&operation)) {
+            co_return co_await RemoveDirectoryNamed(session_, std::move(remove->name));
+        }
+        if (auto* file = std::get_if<DeleteFile>(&operation)) {
+            co_return co_await DeleteFileNamed(session_, std::move(file->name));
+        }
+        if (auto* rename = std::get_if<RenameFile>(&operation)) {
+            co_return co_await Rename(session_, std::move(rename->from), std::move(rename->to));
+        }
+        if (auto* get = std::get_if<Retrieve>(&operation)) {
+            co_return co_await RetrieveFile(session_, mode, std::move(get->remote),
+                                            std::move(get->local_path));
+        }
+        if (auto* put = std::get_if<Store>(&operation)) {
+            co_return co_await StoreFile(session_, mode, std::move(put->local_path), std::move(put->remote));
+        }
+        if (std::holds_alternative<Quit>(operation)) co_await QuitSession(session_);
+        if (std::holds_alternative<Reset>(operation)) session_.Forget();
+        co_return Result<>{};
+    }
+
+    asio::awaitable<Result<>> Connect(ftp::Connect connect) {
+        auto where = ParseHostField(connect.host_field);
+        if (!where) co_return Fail(where.error());
+        session_.Forget();
+        Credentials who{std::move(connect.user), std::move(connect.password), std::move(connect.account)};
+        co_return co_await Login(session_, std::move(*where), std::move(who));
+    }
+
+    void TellWhetherConnected() {
+        const bool connected = session_.LoggedIn();
+        if (std::exchange(connected_, connected) != connected)
+            Tell(SessionChanged{connected, session_.features.utf8});
+    }
+
+    template <class What>
+    void Tell(What what) {
+        sink_(Notification{request_, std::move(what)});
+    }
+
+    void Sent(const std::string& line) override { Tell(CommandSent{line}); }
+    void Received(const std::string& line) override { Tell(ReplyLine{line}); }
+    void TransferStarted(std::optional<std::int64_t> size) override {
+        if (!is_listing_) Tell(ftp::TransferStarted{size});
+    }
+    void Moved(std::int64_t bytes) override { bytes_->store(bytes, std::memory_order_relaxed); }
+    void Trouble(const Failure& failure) override { Tell(Problem{failure}); }
+
+    asio::awaitable<void> Listed(std::vector<std::string> lines) override {
+        while (batches_ >= kMaxBatches && !session_.dropped) {
+            asio::error_code woken;
+            room_.expires_at(asio::steady_timer::time_point::max());
+            co_await room_.async_wait(asio::redirect_error(asio::use_awaitable, woken));
+        }
+        ++batches_;
+        Tell(ListingBatch{std::move(lines)});
+    }
+
+    Sink sink_;
+    std::shared_ptr<std::atomic<std::int64_t>> bytes_;
+    Deadlines deadlines_;
+    asio::io_context io_{1};
+    asio::executor_work_guard<asio::io_context::executor_type> work_{io_.get_executor()};
+    std::unique_ptr<Transport> transport_;
+    std::unique_ptr<LocalFiles> files_;
+    asio::steady_timer room_;  // cancelled when a batch has been taken
+    Session session_;
+    std::uint64_t request_ = 0;
+    int batches_ = 0;
+    bool is_listing_ = false;
+    bool connected_ = false;
+    bool closing_ = false;
+    std::thread thread_;  // last: starts when all the rest is there
+};
+
+Worker::Worker(Sink sink, Deadlines deadlines)
+    : bytes_(std::make_shared<std::atomic<std::int64_t>>(0)),
+      core_(std::make_unique<Core>(std::move(sink), deadlines, bytes_)) {}
+
+Worker::~Worker() = default;
+
+void Worker::Start(Request request) {
+    core_->Start(std::move(request));
+}
+
+void Worker::AbortTransfer() {
+    core_->Post([core = core_.get()] { core->AbortTransfer(); });
+}
+
+void Worker::DropSession() {
+    core_->Post([core = core_.get()] { core->DropSession(); });
+}
+
+void Worker::BatchTaken() {
+    core_->Post([core = core_.get()] { core->BatchTaken(); });
+}
+
+}  // namespace ftp
