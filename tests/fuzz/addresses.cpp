@@ -1,0 +1,58 @@
+// The host field, and the ports inside 227 and 229 replies.
+
+#include <algorithm>
+#include <string>
+
+#include "ftp/engine/wire/address.h"
+#include "tests/fuzz/fuzz.h"
+
+namespace {
+
+using fuzz::Require;
+
+void CheckHostField(std::string_view field) {
+    const auto parsed = ftp::ParseHostField(field);
+    if (!parsed) {
+        Require(parsed.error().kind == ftp::FailureKind::BadArgument, "a bad field is a bad argument");
+        return;
+    }
+    Require(!parsed->host.empty() && parsed->port != 0, "host and port are there");
+    Require(std::ranges::none_of(parsed->host,
+                                 [](char c) { return static_cast<unsigned char>(c) <= ' ' || c == '/'; }),
+            "a host has no blanks, controls and slashes");
+    const bool colons = parsed->host.find(':') != std::string::npos;
+    const std::string written =
+        (colons ? '[' + parsed->host + ']' : parsed->host) + ':' + std::to_string(parsed->port);
+    const auto again = ftp::ParseHostField(" " + written + "\t");
+    Require(again.has_value() && *again == *parsed, "a field written out is read back");
+}
+
+ftp::Reply ReplyWith(int code, std::string_view text) {
+    return {code, {std::to_string(code) + ' ' + std::string(text)}};
+}
+
+/// Whatever a server says before a well-formed group, its port is found unless another one stands before.
+void CheckPorts(std::string_view text) {
+    const auto pasv = ftp::ParsePasv(ReplyWith(227, text));
+    const auto epsv = ftp::ParseEpsv(ReplyWith(229, text));
+    Require(pasv.value_or(1) != 0 && epsv.value_or(1) != 0, "a port is not 0");
+    Require(!ftp::ParsePasv(ReplyWith(229, text)) && !ftp::ParseEpsv(ReplyWith(227, text)),
+            "the code decides");
+
+    constexpr std::uint16_t kPort = 50'000;
+    const std::string before = std::string(text) + " (";
+    if (!pasv)
+        Require(ftp::ParsePasv(ReplyWith(227, before + ftp::PortArgument("10.0.0.1", kPort) + ").")) == kPort,
+                "the PASV group is found");
+    if (!epsv && text.find('|') == text.npos && text.find('(') == text.npos)
+        Require(ftp::ParseEpsv(ReplyWith(229, before + "|||50000|)")) == kPort, "the EPSV group is found");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view text = fuzz::AsText(data, size);
+    CheckHostField(text);
+    CheckPorts(text);
+    return 0;
+}
