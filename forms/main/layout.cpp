@@ -1,0 +1,112 @@
+// What the form definition cannot say: pictures, fonts, shared selections, and what follows the window's
+// size.
+
+#include <QHeaderView>
+#include <QKeyEvent>
+#include <QLineEdit>
+
+#include "forms/main/main_form.h"
+#include "ftp/operation_gate.h"
+#include "toolkit/fonts.h"
+
+namespace forms {
+namespace {
+
+constexpr int kPanelForListsSideBySide = 560;  // pixels
+
+void ShowPicture(QLabel& label, const QString& file) {
+    const int extent = label.style()->pixelMetric(QStyle::PM_SmallIconSize);
+    label.setPixmap(QIcon(file).pixmap(QSize(extent, extent), label.devicePixelRatioF()));
+}
+
+void MakeHeading(QLabel& label) {
+    QFont font = label.font();
+    font.setBold(true);
+    label.setFont(font);
+}
+
+}  // namespace
+
+void MainForm::PrepareLayout() {
+    ShowPicture(*lokal1, QStringLiteral(":/main/computer.svg"));
+    ShowPicture(*server1, QStringLiteral(":/main/server.svg"));
+    MakeHeading(*local_caption);
+    MakeHeading(*server_caption);
+
+    list2->setModel(local_files_);
+    toolkit::ShareSelection(*List1, *list2);
+    listdir2->setModel(server_lines_);
+    toolkit::ShareSelection(*listDir, *listdir2);
+    for (QAbstractItemView* list :
+         {static_cast<QAbstractItemView*>(listDir), static_cast<QAbstractItemView*>(listdir2),
+          static_cast<QAbstractItemView*>(listTrace)})
+        list->setFont(toolkit::FixedPitchFont());
+
+    tabd->addAction(tabort2);
+    tabd->addAction(tabort3);
+    p1->SetRole(toolkit::PictureBox::Role::Empty);
+    p2->SetRole(toolkit::PictureBox::Role::Filled);
+    p2->SetWidth(0);
+    antal2->setForegroundRole(QPalette::HighlightedText);
+    lblState->Show(QStringLiteral("Ej ansluten"));
+    label7->setText(QStringLiteral("0"));
+    p1->installEventFilter(this);
+    Text1->lineEdit()->installEventFilter(this);
+    for (QPushButton* button : findChildren<QPushButton*>()) button->installEventFilter(this);
+    ftp::OperationGate::AllowWhileBusy(avb);
+    ftp::OperationGate::AllowWhileBusy(listTrace);
+}
+
+void MainForm::resizeEvent(QResizeEvent*) {
+    MDIForm_Resize();
+}
+
+// The smallest size is the window's own minimum, and the layouts share what there is. In a wide panel the
+// folders stand beside the files and not above them.
+void MainForm::MDIForm_Resize() {
+    const bool wide = Frame1->width() >= kPanelForListsSideBySide;
+    const Qt::Orientation orientation = wide ? Qt::Horizontal : Qt::Vertical;
+    if (local_lists->orientation() == orientation) return;
+    local_lists->setOrientation(orientation);
+    local_lists->setSizes(wide ? QList{1000, 2000} : QList{1000, 1700});
+}
+
+// The percentage stands in the middle of the bar twice, once in the colour of each of its parts; the filled
+// part covers the one below it.
+void MainForm::PlacePercentages() {
+    antal->setGeometry(p1->rect());
+    antal2->setGeometry(p1->rect());
+}
+
+void MainForm::keyPressEvent(QKeyEvent* event) {
+    if (event->key() != Qt::Key_F5) return QWidget::keyPressEvent(event);
+    const bool in_server_panel = Frame2->isAncestorOf(focusWidget());
+    (in_server_panel ? Command9 : Command7)->click();
+}
+
+bool MainForm::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == p1 && event->type() == QEvent::Resize) PlacePercentages();
+    if (watched == Text1->lineEdit() && event->type() == QEvent::MouseButtonRelease) Text1_Click();
+    if (event->type() == QEvent::Shortcut && static_cast<QShortcutEvent*>(event)->isAmbiguous())
+        return ChooseAmongAmbiguous(*static_cast<QAbstractButton*>(watched));
+    return QWidget::eventFilter(watched, event);
+}
+
+// Both panels have buttons with the same letter: the panel with the focus decides. Where that does not, Qt
+// moves the focus from one to the next.
+bool MainForm::ChooseAmongAmbiguous(QAbstractButton& button) {
+    const bool in_server_panel = Frame2->isAncestorOf(focusWidget());
+    QAbstractButton* chosen = nullptr;
+    for (QAbstractButton* candidate : findChildren<QAbstractButton*>()) {
+        const bool of_panel =
+            in_server_panel ? !Frame1->isAncestorOf(candidate) : Frame1->isAncestorOf(candidate);
+        if (!of_panel || !candidate->isEnabled() || candidate->isHidden()) continue;
+        if (candidate->shortcut() != button.shortcut()) continue;
+        if (chosen) return false;
+        chosen = candidate;
+    }
+    if (chosen) chosen->animateClick();
+    return chosen != nullptr;
+}
+
+}  // namespace forms

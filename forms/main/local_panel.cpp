@@ -1,0 +1,94 @@
+// The user's own computer: drives, folders, files, and the selection that the transfers start from.
+
+#include "app/shared/ftpglob.h"
+#include "app/shared/window_routines.h"
+#include "forms/main/local_rules.h"
+#include "forms/main/main_form.h"
+#include "platform/drive_path.h"
+
+namespace forms {
+namespace {
+
+FileStanding StandingOf(const MainForm& form, const platform::FolderEntry& file) {
+    const app::ftpglob& filter = app::Globals();
+    const QDateTime changed = QDateTime::fromSecsSinceEpoch(file.modified);
+    return {file.size > filter.FilterSizeBytes, file.size < filter.FilterSizeBytes,
+            form.kolladata1(changed, filter.FilterTime, changed, filter.FilterTimeValue),
+            form.kolladata2(changed, filter.FilterTime, changed, filter.FilterTimeValue)};
+}
+
+}  // namespace
+
+bool MainForm::kolladata1(const QDateTime& file_date, const QDateTime& filter_date,
+                          const QDateTime& file_variant, const QDateTime& filter_variant) const {
+    return IsLater(file_date.date(), filter_date.date(), file_variant.time(), filter_variant.time());
+}
+
+bool MainForm::kolladata2(const QDateTime& file_date, const QDateTime& filter_date,
+                          const QDateTime& file_variant, const QDateTime& filter_variant) const {
+    return IsEarlier(file_date.date(), filter_date.date(), file_variant.time(), filter_variant.time());
+}
+
+void MainForm::Dir1_Change() {
+    File1->SetPattern(Text1->currentText());
+    File1->SetPath(Dir1->Path());
+    File1->Refresh();
+
+    const int mode = app::Globals().FilterMode;
+    std::vector<platform::FolderEntry> listed;
+    for (const platform::FolderEntry& file : File1->Files())
+        if (mode == 0 || FilterLists(mode, StandingOf(*this, file))) listed.push_back(file);
+    local_files_->SetFiles(std::move(listed));
+
+    for (QPushButton* button : {Command5, Command4, Command6, Command8, Command1}) button->setEnabled(false);
+}
+
+void MainForm::Drive1_Change() {
+    Dir1->SetPath(Drive1->Drive());
+}
+
+void MainForm::Command7_Click() {
+    app::SetHourglass(true);
+    Dir1->Refresh();
+    Dir1_Change();
+    app::SetHourglass(false);
+}
+
+void MainForm::Text1_Click() {
+    Dir1_Change();
+}
+
+void MainForm::Text1_KeyPress(int key_ascii) {
+    if (key_ascii == '\r') Dir1_Change();
+}
+
+void MainForm::list2_Click() {
+    List1_Click();
+    app::ftpglob& globals = app::Globals();
+    globals.SelectionKilobytes = 0;
+    for (const int row : List1->SelectedRows())
+        globals.SelectionKilobytes += Kilobytes(local_files_->At(row).size);
+    setWindowTitle(SelectionTitle(globals.SelectionKilobytes));
+}
+
+void MainForm::List1_Click() {
+    const int selected = List1->SelCount();
+    if (!List1->Text().isEmpty() && selected < 2)
+        for (QPushButton* button : {Command6, Command8, Command5, Command4}) button->setEnabled(true);
+    if (selected > 1)
+        for (QPushButton* button : {Command6, Command8, Command5, Command4}) button->setEnabled(false);
+    List1_KeyUp();
+}
+
+void MainForm::List1_KeyUp() {
+    if (!List1->Text().isEmpty() && Command16->isEnabled()) Command1->setEnabled(true);
+}
+
+QString MainForm::LocalPathOfRow(int row) const {
+    const QString name = local_files_->At(row).name;
+    const QString true_path = platform::Join(Dir1->Path(), name);
+    const QString shown_path = platform::Join(Dir1->Path(), name.toLower());
+    return platform::Resolve(shown_path) == platform::ToNative(true_path) ? shown_path : true_path;
+}
+
+}  // namespace forms

@@ -1,0 +1,29 @@
+#include "forms/main/server_lines_model.h"
+
+#include "ftp/listing_rows.h"
+
+namespace forms {
+
+ServerLinesModel::ServerLinesModel(QObject* parent)
+    : LineModel(parent), ImageList1{QIcon(QStringLiteral(":/main/kind1_text.svg")),
+                                    QIcon(QStringLiteral(":/main/kind2_folder.svg")),
+                                    QIcon(QStringLiteral(":/main/kind3_file.svg")),
+                                    QIcon(QStringLiteral(":/main/kind4_image.svg")),
+                                    QIcon(QStringLiteral(":/main/kind5_sound.svg")),
+                                    QIcon(QStringLiteral(":/main/kind6_parent.svg")),
+                                    QIcon(QStringLiteral(":/main/kind7_dotted_folder.svg")),
+                                    QIcon(QStringLiteral(":/main/kind8_archive.svg")),
+                                    QIcon(QStringLiteral(":/main/kind9_program.svg"))} {}
+
+QVariant ServerLinesModel::data(const QModelIndex& index, int role) const {
+    if (role != Qt::DecorationRole || !index.isValid()) return LineModel::data(index, role);
+    return ImageList1[static_cast<std::size_t>(ftp::ListingIcon(At(index.row())) - 1)];
+}
+
+QVariant ServerLinesModel::headerData(int section, Qt::Orientation orientation, int role) const {
+    if (section == 0 && orientation == Qt::Horizontal && role == Qt::DisplayRole)
+        return QStringLiteral("Server-fil");
+    return LineModel::headerData(section, orientation, role);
+}
+
+}  // namespace forms
