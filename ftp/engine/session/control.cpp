@@ -52,6 +52,11 @@ struct Control::State {
         if (on_reply) on_reply(replies.back());
     }
 
+    /// The trace shows a command when all that was asked before it has been answered.
+    void TellTurn() {
+        if (!asked.empty() && !std::exchange(asked.front().told, true)) events.Sent(asked.front().trace);
+    }
+
     /// Replies to nothing would be taken for the next command's. A 421 is kept: it says why the session ends.
     void DropUnasked() {
         while (!replies.empty() && replies.front().code != 421) {
@@ -122,6 +127,7 @@ Task<> Control::Send(std::vector<Command> commands) {
         bytes += command.line;
         state->asked.push_back({std::move(command.trace)});
     }
+    state->TellTurn();
     // A write that fails tells less than the reply that the server may have sent before it closed: the reader
     // finds both, so the outcome shows in Receive.
     const Deadline deadline(state->arrived.get_executor(), state->reply_limit, [state] {
@@ -137,9 +143,6 @@ Task<Reply> Control::Receive() {
 
 Task<Reply> Control::Receive(std::chrono::milliseconds limit) {
     const auto state = state_;
-    if (!state->asked.empty() && !std::exchange(state->asked.front().told, true)) {
-        state->events.Sent(state->asked.front().trace);
-    }
     const auto end = Clock::now() + limit;
     while (state->replies.empty() && !state->ended && !state->interrupted && Clock::now() < end) {
         state->arrived.expires_at(end);
@@ -153,6 +156,7 @@ Task<Reply> Control::Receive(std::chrono::milliseconds limit) {
     state->taken.cancel();
     for (const std::string& line : reply.lines) state->events.Received(line);
     if (!reply.Preliminary() && !state->asked.empty()) state->asked.pop_front();
+    state->TellTurn();
     co_return reply;
 }
 

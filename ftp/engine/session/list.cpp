@@ -19,9 +19,11 @@ Task<> Pull(Session& session, Transfer& transfer, ListingLines& cutter) {
             cutter.Feed({buffer.get(), *got}, lines);
         }
         if (!lines.empty()) co_await session.events.Listed(std::move(lines));
-        if (*got == 0) co_return Result<>{};
+        if (*got == 0) break;
         transfer.Moved(total += static_cast<std::int64_t>(*got));
     }
+    transfer.Data().Close();  // proftpd says how it went only when our end is closed, too
+    co_return Result<>{};
 }
 
 }  // namespace

@@ -10,11 +10,13 @@ Task<> Pull(Transfer& transfer, TargetFile& target, std::int64_t& total) {
     for (;;) {
         const auto got = co_await transfer.Data().Read(asio::buffer(buffer.get(), kBuffer));
         if (!got) co_return Fail(got.error());
-        if (*got == 0) co_return Result<>{};
+        if (*got == 0) break;
         auto kept = target.Append({buffer.get(), *got});
         if (!kept) co_return kept;
         transfer.Moved(total += static_cast<std::int64_t>(*got));
     }
+    transfer.Data().Close();  // proftpd says how it went only when our end is closed, too
+    co_return Result<>{};
 }
 
 }  // namespace

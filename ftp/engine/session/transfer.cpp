@@ -178,7 +178,7 @@ Task<> Transfer::Finish(Result<> moved) {
     const bool broke_off = aborted_ || silent || (!moved && !server_ended);
     if (!broke_off) {
         const auto reply = co_await AwaitFinal();
-        CloseData();
+        if (data_) data_->Close();
         if (session_.dropped) co_return Fail(FailureKind::Cancelled);
         if (!aborted_) {
             if (!reply) co_return Fail(reply.error());
