@@ -7,7 +7,7 @@ namespace ftp {
 void ListingLines::Feed(std::string_view bytes, std::vector<std::string>& lines) {
     while (!bytes.empty()) {
         const std::size_t end = bytes.find('\n');
-        if (!too_long_) partial_ += bytes.substr(0, end);
+        partial_ += bytes.substr(0, end);
         // One byte more than a line may have is held, since it may turn out to be the CR of the line end.
         if (partial_.size() > kMaxLine + 1) {
             too_long_ = true;
