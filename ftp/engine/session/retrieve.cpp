@@ -3,7 +3,7 @@
 namespace ftp {
 namespace {
 
-constexpr std::size_t kBuffer = 1024 * 1024;
+constexpr std::size_t kBuffer = 256 * 1024;  // stays in the second-level cache between socket and file
 
 Task<> Pull(Transfer& transfer, TargetFile& target, std::int64_t& total) {
     const auto buffer = std::make_unique_for_overwrite<char[]>(kBuffer);
