@@ -2,13 +2,15 @@
 // The FTP component: properties, blocking operations and events, on the UI thread.
 //
 // Each operation returns when it is over. While it runs, this object holds the program's one nested event
-// loop, with the OperationGate installed: the screen paints, and input reaches only what the gate lets through.
-// Events of the running operation are raised inside the call, in the order of the wire, all of them before it
-// returns. Operations return nothing and throw nothing: what fails raises Error.
+// loop, with the OperationGate installed: the screen paints, and input reaches only what the gate lets
+// through. Events of the running operation are raised inside the call, in the order of the wire, all of them
+// before it returns. Operations return nothing and throw nothing: what fails raises Error.
 
+#include <QByteArray>
 #include <QObject>
 #include <QString>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -36,21 +38,27 @@ class Component : public QObject {
     ~Component() override;
 
     // Properties: plain stored values that the operations read when they are called.
-    QString HostName;             // "name", "name:port", "[v6]:port"
+    QString HostName;  // "name", "name:port", "[v6]:port"
     QString UserName;
     QString Password;
-    QString Account;              // for servers that answer 332; may be empty
-    QString SourceFileName;       // download, delete: server name; rename: old name; upload: local path
-    QString DestinationFileName;  // download: local path; upload: server name; rename: new name
-    QString DirectoryName;        // make, remove, change directory
-    bool ModeFlagA = false;       // passive data connections
-    bool ModeFlagB = false;       // image (binary) type
-    std::int16_t SessionMode = 0; // 1: the session is to be kept alive while idle
+    QString Account;               // for servers that answer 332; may be empty
+    QString SourceFileName;        // download, delete: server name; rename: old name; upload: local path
+    QString DestinationFileName;   // download: local path; upload: server name; rename: new name
+    QString DirectoryName;         // make, remove, change directory
+    bool ModeFlagA = false;        // passive data connections
+    bool ModeFlagB = false;        // image (binary) type
+    std::int16_t SessionMode = 0;  // 1: the session is to be kept alive while idle
+
+    /// The native path for a local path as the user knows it, or nothing when it is none: the transfer is
+    /// then refused with Error 75. As it stands, paths are native already.
+    std::function<std::optional<QByteArray>(const QString& path)> ResolveLocalPath;
 
     // Operations. Refused with Error 10036 while another runs, without touching anything.
     // After Shutdown they do nothing.
     void Connect();
+    /// 1: SessionMode holds for this session. Until the next connect.
     void SetSessionOption(std::int16_t option);
+    std::int16_t SessionOption() const { return session_option_; }
     void ListDirectory();
     void ChangeDirectory();
     void ChangeToParent();
@@ -58,19 +66,24 @@ class Component : public QObject {
     void RemoveDirectory();
     void DeleteFile();
     void RenameFile();
+    /// A name from the server that is no plain file name is refused with Error 75 as a local target.
     void GetFile();
     void PutFile();
     void CloseConnection();
 
-    /// Ends the running transfer and keeps the session; nothing without one. May be called inside an operation.
+    /// Ends the running transfer and keeps the session; nothing without one. May be called inside an
+    /// operation. No Progress is raised for that transfer any more.
     void AbortTransfer();
 
-    /// The generic command property: 9 ends the session (cancels a connect under way), 20 brings the component
-    /// back to its state before any connect. Any other code throws UnknownAction.
+    /// The generic command property: 9 ends the session, 20 brings the component back to its state before any
+    /// connect, its properties included. Any other code throws UnknownAction and is not stored. Inside an
+    /// operation (a connect under way) both close the session at once, the operation ends as cancelled, and
+    /// 20 takes effect before it returns.
     void SetAction(std::int16_t code);
     std::int16_t Action() const { return action_; }
 
-    /// Cancels what runs and closes the session; every later operation returns at once. For closing the program.
+    /// Cancels what runs and closes the session; every later operation returns at once. For closing the
+    /// program.
     void Shutdown();
 
     bool Busy() const { return busy_; }
@@ -79,18 +92,22 @@ class Component : public QObject {
     std::optional<std::int64_t> StatedSize() const { return stated_size_; }
 
  Q_SIGNALS:
-    void Debug(const QString& line);                    // Ftp1_Debug: a command sent or a reply received
-    void DirItem(const QString& line);                  // Ftp1_DirItem
-    void Progress(std::int64_t bytes);                  // Ftp1_Progress: about 20 a second, and the exact end value
+    void Debug(const QString& line);    // Ftp1_Debug: a command sent or a reply received
+    void DirItem(const QString& line);  // Ftp1_DirItem
+    void Progress(std::int64_t bytes);  // Ftp1_Progress: about 20 a second, then the exact end value
     void Error(std::int32_t number, const QString& text);
-    void CommandSent(const QString& line);              // for "Last Action:"; also raised as Debug
-    void ConnectedChanged(bool connected);              // for "State:"
+    void CommandSent(const QString& line);  // for "Last Action:"; also raised as Debug
+    void ConnectedChanged(bool connected);  // for "State:"
     void BusyChanged(bool busy);
 
  private:
     class Private;
-    std::unique_ptr<Private> d_;
+
+    void ForgetProperties();
+
+    std::shared_ptr<Private> d_;
     std::int16_t action_ = 0;
+    std::int16_t session_option_ = 0;
     bool busy_ = false;
     bool connected_ = false;
     std::optional<std::int64_t> stated_size_;

@@ -15,15 +15,15 @@ namespace ftp {
 /// Windows-1252 where the server has shown names that are not UTF-8 (and the name can be written so).
 class NameCodec {
  public:
-    void Reset();                   // a new session
-    void NewListing();              // what was shown before is gone
+    void Reset();       // a new session
+    void NewListing();  // what was shown before is gone
     QString DecodeListing(std::string_view line);
-    QString Decode(std::string_view text) const;    // replies and commands of the trace
+    QString Decode(std::string_view text) const;  // replies and commands of the trace
     std::string Encode(const QString& name) const;
 
  private:
-    bool legacy_ = false;                       // a name that is not UTF-8 has been seen in this session
-    QHash<QString, QByteArray> exact_;          // names whose bytes are not what Encode would make of them
+    bool legacy_ = false;               // a name that is not UTF-8 has been seen in this session
+    QHash<QString, QByteArray> exact_;  // names whose bytes are not what Encode would make of them
 };
 
 }  // namespace ftp

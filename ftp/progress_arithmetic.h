@@ -7,15 +7,16 @@
 
 namespace ftp {
 
-/// The size column of a listing line as text: the first 27 characters are dropped, then from the first digit up
-/// to and including the first character that is no digit. Nothing when the line is shorter or holds no digit.
+/// The size column of a listing line as text: the first 27 characters are dropped, then from the first digit
+/// up to and including the first character that is no digit. Nothing when the line is shorter or holds no
+/// digit.
 std::optional<QString> SizeColumn(const QString& line);
 
 /// What one progress event does to the strip; a member without a value leaves its control as it is.
 struct StripChange {
-    std::optional<double> bar_width;   // p2
-    QString percent;                   // antal and antal2
-    std::optional<QString> counter;    // label7, where the event sets it beyond the byte count itself
+    std::optional<double> bar_width;  // p2
+    QString percent;                  // antal and antal2
+    std::optional<QString> counter;   // label7, where the event sets it beyond the byte count itself
     bool operator==(const StripChange&) const = default;
 };
 

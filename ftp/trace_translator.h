@@ -12,8 +12,8 @@ QString TranslateTraceLine(const QString& line, const QString& source, const QSt
 /// The trace line of an error event: "Fel nummer:", the number, a blank and the text.
 QString ErrorLine(int number, const QString& text);
 
-/// Shared routine for `listTrace` and `listDir`: adds the terminated lines of `text`, at most about 10,000 kept.
-/// List needs Count(), RemoveFirst(), Add(QString) and SelectLast().
+/// Shared routine for `listTrace` and `listDir`: adds the terminated lines of `text`, at most about 10,000
+/// kept. List needs Count(), RemoveFirst(), Add(QString) and SelectLast().
 inline constexpr int kMaxListLines = 10'000;
 
 template <class List>

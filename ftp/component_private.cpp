@@ -1,0 +1,215 @@
+#include "ftp/component_private.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QEvent>
+#include <QEventLoop>
+#include <QTimerEvent>
+#include <chrono>
+
+#include "ftp/error_text.h"
+#include "ftp/operation_gate.h"
+
+namespace ftp {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kDeliverySlice = 12ms;  // then the screen and the user have their turn
+constexpr int kSampling = 50;          // milliseconds
+
+constexpr std::int32_t kAlreadyBusy = 10036;  // the classic "operation now in progress"
+
+const auto kMail = static_cast<QEvent::Type>(QEvent::registerEventType());
+
+bool IsLocal(FailureKind kind) {
+    return kind == FailureKind::LocalNotFound || kind == FailureKind::LocalDenied ||
+           kind == FailureKind::LocalDiskFull || kind == FailureKind::LocalPath ||
+           kind == FailureKind::LocalOther;
+}
+
+}  // namespace
+
+Component::Private::Private(Component& component, Deadlines deadlines)
+    : component_(&component),
+      worker_(std::make_unique<Worker>(
+          [this](Notification notification) {
+              if (mailbox_.Put(std::move(notification))) QCoreApplication::postEvent(this, new QEvent(kMail));
+          },
+          deadlines)) {}
+
+bool Component::Private::MayStart() {
+    if (shut_down_) return false;
+    if (!component_->busy_) return true;
+    Raise(&Component::Error, kAlreadyBusy, QStringLiteral("En annan åtgärd pågår redan."));
+    return false;
+}
+
+void Component::Private::Run(Operation operation, const QString& local_path) {
+    const auto self = shared_from_this();
+    local_path_ = local_path;
+    SetBusy(true);
+    {
+        const OperationGate gate;
+        Perform(std::move(operation));
+        if (std::exchange(reset_wanted_, false)) Perform(Reset{});
+    }
+    SetBusy(false);
+}
+
+void Component::Private::Perform(Operation operation) {
+    if (!component_ || shut_down_) return;
+    Prepare(operation);
+    running_ = true;
+    worker_->Start({.id = ++request_,
+                    .operation = std::move(operation),
+                    .passive = component_->ModeFlagA,
+                    .image = component_->ModeFlagB});
+    // Not exec(): quitting the application is to end the main loop, not this wait.
+    for (QEventLoop loop; running_;) loop.processEvents(QEventLoop::WaitForMoreEvents);
+}
+
+void Component::Private::Prepare(const Operation& operation) {
+    if (std::holds_alternative<ftp::Connect>(operation)) {
+        codec.Reset();
+        component_->session_option_ = 0;
+    }
+    if (std::holds_alternative<Reset>(operation)) component_->ForgetProperties();
+    if (std::holds_alternative<List>(operation)) codec.NewListing();
+    download_ = std::holds_alternative<Retrieve>(operation);
+    counting_ = download_ || std::holds_alternative<Store>(operation);
+    if (counting_) component_->stated_size_.reset();
+    reported_ = 0;
+}
+
+void Component::Private::RefusePath(const QString& path) {
+    const auto [number, text] =
+        DescribeFailure({.kind = FailureKind::LocalPath, .code = 0, .detail = {}}, path);
+    Raise(&Component::Error, number, text);
+}
+
+void Component::Private::AbortTransfer() {
+    if (!running_) return;
+    counting_ = false;  // the strip now shows what the abort has put there
+    sampling_.stop();
+    worker_->AbortTransfer();
+}
+
+void Component::Private::DropSession() {
+    if (worker_) worker_->DropSession();
+}
+
+void Component::Private::DropAndReset() {
+    reset_wanted_ = true;
+    DropSession();
+}
+
+void Component::Private::Shutdown() {
+    if (std::exchange(shut_down_, true)) return;
+    DropSession();
+    if (!running_) SetConnected(false);
+}
+
+void Component::Private::Detach() {
+    component_ = nullptr;
+    running_ = false;
+    delivery_.stop();
+    sampling_.stop();
+    worker_.reset();
+}
+
+bool Component::Private::event(QEvent* event) {
+    if (event->type() != kMail) return QObject::event(event);
+    // Delivered by a timer, not here: posted events would have no end while the worker keeps posting.
+    if (component_ && !delivery_.isActive()) delivery_.start(0, this);
+    return true;
+}
+
+void Component::Private::timerEvent(QTimerEvent* event) {
+    if (event->timerId() == delivery_.timerId()) Deliver();
+    if (event->timerId() == sampling_.timerId()) SampleProgress();
+}
+
+void Component::Private::Deliver() {
+    mailbox_.TakeAll(undelivered_);
+    const QDeadlineTimer slice(kDeliverySlice);
+    while (component_ && !undelivered_.empty() && !slice.hasExpired()) DeliverNext();
+    if (undelivered_.empty()) delivery_.stop();
+}
+
+void Component::Private::DeliverNext() {
+    // A handler may come back here through an event loop of its own, so nothing is held across an event.
+    Notification& next = undelivered_.front();
+    auto* const batch = std::get_if<ListingBatch>(&next.what);
+    if (next.request == request_ && batch && next_line_ < batch->lines.size()) {
+        Raise(&Component::DirItem, codec.DecodeListing(batch->lines[next_line_++]));
+        return;
+    }
+    const Notification whole = std::move(next);
+    undelivered_.pop_front();
+    next_line_ = 0;
+    if (whole.request == request_) std::visit([this](const auto& what) { On(what); }, whole.what);
+}
+
+void Component::Private::On(const ftp::CommandSent& command) {
+    const QString line = codec.Decode(command.line);
+    Raise(&Component::CommandSent, line);
+    Raise(&Component::Debug, line);
+}
+
+void Component::Private::On(const ReplyLine& reply) {
+    Raise(&Component::Debug, codec.Decode(reply.line));
+}
+
+void Component::Private::On(const ListingBatch&) {
+    worker_->BatchTaken();
+}
+
+void Component::Private::On(const TransferStarted& transfer) {
+    if (!counting_) return;
+    if (download_ && transfer.size) component_->stated_size_ = transfer.size;
+    if (!sampling_.isActive()) sampling_.start(kSampling, this);
+}
+
+void Component::Private::On(const SessionChanged& session) {
+    SetConnected(session.connected);
+}
+
+void Component::Private::On(const Problem& problem) {
+    EndProgress();
+    const auto [number, text] = DescribeFailure(problem.failure, WordsOf(problem.failure));
+    Raise(&Component::Error, number, text);
+}
+
+void Component::Private::On(const Finished&) {
+    EndProgress();
+    running_ = false;
+}
+
+void Component::Private::SampleProgress() {
+    const std::int64_t bytes = worker_->BytesTransferred();
+    if (std::exchange(reported_, bytes) != bytes) Raise(&Component::Progress, bytes);
+}
+
+void Component::Private::EndProgress() {
+    if (!sampling_.isActive()) return;
+    sampling_.stop();
+    Raise(&Component::Progress, worker_->BytesTransferred());
+}
+
+void Component::Private::SetBusy(bool busy) {
+    if (!component_) return;
+    component_->busy_ = busy;
+    Raise(&Component::BusyChanged, busy);
+}
+
+void Component::Private::SetConnected(bool connected) {
+    if (!component_ || std::exchange(component_->connected_, connected) == connected) return;
+    Raise(&Component::ConnectedChanged, connected);
+}
+
+QString Component::Private::WordsOf(const Failure& failure) const {
+    return IsLocal(failure.kind) ? local_path_ : codec.Decode(failure.detail);
+}
+
+}  // namespace ftp

@@ -1,0 +1,79 @@
+#include "ftp/error_text.h"
+
+namespace ftp {
+namespace {
+
+struct Description {
+    std::int32_t number;
+    QStringView sentence;
+};
+
+Description Describe(FailureKind kind) {
+    switch (kind) {
+        case FailureKind::Refused:
+            return {0, u"Servern vägrar"};
+        case FailureKind::Protocol:
+            return {10043, u"Servern följer inte FTP-protokollet"};
+        case FailureKind::NotConnected:
+            return {10057, u"Det finns ingen förbindelse med någon server"};
+        case FailureKind::HostNotFound:
+            return {11001, u"FTP-värden går inte att hitta"};
+        case FailureKind::ConnectionRefused:
+            return {10061, u"Servern tar inte emot förbindelsen"};
+        case FailureKind::ConnectionLost:
+            return {10054, u"Förbindelsen med servern bröts"};
+        case FailureKind::Unreachable:
+            return {10065, u"Servern går inte att nå"};
+        case FailureKind::TimedOut:
+            return {10060, u"Servern svarade inte i tid"};
+        case FailureKind::Cancelled:
+            return {10004, u"Åtgärden avbröts"};
+        case FailureKind::BadArgument:
+            return {10022, u"Namnet kan inte användas"};
+        case FailureKind::LocalNotFound:
+            return {53, u"Filen finns inte"};
+        case FailureKind::LocalDenied:
+            return {70, u"Åtkomst nekas"};
+        case FailureKind::LocalDiskFull:
+            return {61, u"Disken är full"};
+        case FailureKind::LocalPath:
+            return {75, u"Sökvägen leder inte till en fil"};
+        case FailureKind::LocalOther:
+            break;
+    }
+    return {57, u"Filen kan inte läsas eller skrivas"};
+}
+
+bool IsDirectionMark(char16_t c) {
+    return c == 0x061C || c == 0x200E || c == 0x200F || (c >= 0x202A && c <= 0x202E) ||
+           (c >= 0x2066 && c <= 0x2069);
+}
+
+/// Text from outside can neither break the line nor turn its direction around.
+QString Visible(QString text) {
+    for (QChar& each : text) {
+        const char16_t c = each.unicode();
+        if (c < 0x20) {
+            each = QChar(0x2400 + c);  // the pictures of the control codes
+        } else if (c == 0x7F) {
+            each = QChar(0x2421);
+        } else if ((c >= 0x80 && c < 0xA0) || c == 0x2028 || c == 0x2029 || IsDirectionMark(c)) {
+            each = QChar::ReplacementCharacter;
+        }
+    }
+    return text;
+}
+
+}  // namespace
+
+ErrorEvent DescribeFailure(const Failure& failure, const QString& words) {
+    const Description known = Describe(failure.kind);
+    const bool refused = failure.kind == FailureKind::Refused;
+    QString outside = Visible(words);
+    if (refused) outside = (QString::number(failure.code) + u' ' + outside).trimmed();
+    return {refused ? failure.code : known.number,
+            known.sentence.toString() +
+                (outside.isEmpty() ? QStringLiteral(".") : QStringLiteral(": ") + outside)};
+}
+
+}  // namespace ftp
