@@ -30,6 +30,7 @@
 #include <QMenu>
 #include <QPointer>
 #include <cstdint>
+#include <memory>
 
 #include "forms/main/local_files_model.h"
 #include "forms/main/server_lines_model.h"
@@ -38,6 +39,9 @@
 #include "ui_main_form.h"
 
 namespace forms {
+
+class Form1;
+class frmConnection;
 
 class MainForm : public QWidget, private Ui::MainForm {
     Q_OBJECT
@@ -144,6 +148,8 @@ class MainForm : public QWidget, private Ui::MainForm {
     LocalFilesModel* const local_files_;
     QMenu* const tabd;
     bool adding_ = false;  // a listing line is being added by Ftp1_DirItem, not chosen by the user
+    std::unique_ptr<frmConnection> connection_;  // the last one that was opened
+    std::unique_ptr<Form1> transfer_;            // the last one that was opened; it may have been none
     QPointer<QWidget> current_child_;
     QPointer<QPushButton> current_button_;
 };

@@ -2,11 +2,17 @@
 
 #include "app/shared/ftpglob.h"
 #include "app/shared/window_routines.h"
+#include "forms/connection/connection_form.h"
 #include "forms/main/main_form.h"
 
 namespace forms {
 
-void MainForm::cmdConnection_Click() {}
+void MainForm::cmdConnection_Click() {
+    connection_ = std::make_unique<frmConnection>(
+        ConnectionHost{*this, *Ftp1, store_, *cmdConnection, *Command9, *Command14, *Command16, *Command21,
+                       *Command23, [this] { ClearServerLists(); }, [this] { BuildServerList(); }});
+    connection_->Form_Load();
+}
 
 void MainForm::Command16_Click() {
     app::SetHourglass(true);

@@ -3,7 +3,9 @@
 #include <QCloseEvent>
 
 #include "app/shared/window_routines.h"
+#include "forms/connection/connection_form.h"
 #include "forms/main/main_form.h"
+#include "forms/transfer/transfer_form.h"
 #include "ftp/trace_translator.h"
 #include "platform/folder.h"
 #include "platform/shell.h"
