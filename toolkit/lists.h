@@ -1,5 +1,6 @@
 #pragma once
-// Classic list controls over Qt's model/view. UI thread only. Lists are models: 100,000 rows are nothing special.
+// Classic list controls over Qt's model/view. UI thread only. Lists are models: 100,000 rows are nothing
+// special.
 
 #include <QAbstractListModel>
 #include <QListView>
@@ -7,6 +8,8 @@
 #include <deque>
 
 namespace toolkit {
+
+class LineWidth;
 
 /// Lines of text, oldest first, with cheap removal at the front.
 class LineModel : public QAbstractListModel {
@@ -35,7 +38,8 @@ class LineModel : public QAbstractListModel {
     bool held_ = false;
 };
 
-/// A list box over any model (column 0). Own LineModel unless another is set.
+/// A list box over any model (column 0). Own LineModel unless another is set. Single selection unless the
+/// selection mode is set to another. Can be scrolled sideways to the end of the longest line.
 class ListBox : public QListView {
     Q_OBJECT
  public:
@@ -46,32 +50,41 @@ class ListBox : public QListView {
 
     int ListCount() const;
     QString List(int row) const;
-    void AddItem(const QString& text);   // own model only, as RemoveItem and Clear
+    void AddItem(const QString& text);  // own model only, as RemoveItem and Clear
     void RemoveItem(int row);
     void Clear();
-    int ListIndex() const;               // the current row, -1 without one
-    void SetListIndex(int row);          // single selection: selects; multi: moves the current row only; scrolls
-    QString Text() const;                // text of the current row, empty without one
+    int ListIndex() const;       // the current row, -1 without one
+    void SetListIndex(int row);  // single selection: selects; multi: moves the current row only; scrolls
+    QString Text() const;        // text of the current row, empty without one
     bool Selected(int row) const;
     void SetSelected(int row, bool selected);
-    int SelCount() const;                // cheap also when 100,000 rows are selected in one range
-    QList<int> SelectedRows() const;     // ascending
+    int SelCount() const;             // cheap also when 100,000 rows are selected in one range
+    QList<int> SelectedRows() const;  // ascending
 
  Q_SIGNALS:
-    void Click();        // a row was clicked, or the selection moved by keyboard
-    void DblClick();     // a row was double-clicked, or Enter pressed on it
+    void Click();  // a row was clicked, or the selection moved by keyboard; the selection has changed by then
+    void DblClick();  // a row was double-clicked, or Enter pressed on it while selected
     void KeyUp(int key);
-    void LostFocus();
+    void LostFocus();  // to another control, not to a menu or another window
 
  protected:
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
+
+ private:
+    void CopySelectedLines() const;  // to the clipboard, one per line; Ctrl+C does it
+
+    LineModel* const own_lines_;
+    bool pressed_ = false;  // the mouse, on a row, for a click
 };
 
-/// A list view with column headers (report style) over any table model; whole rows are selected, Ctrl, Shift and
-/// Ctrl+A work as users expect. Rows have one height and are laid out on demand.
+/// A list view with column headers (report style) over any table model; whole rows are selected, Ctrl, Shift
+/// and Ctrl+A work as users expect. Rows have one height and are laid out on demand. The last column reaches
+/// the right edge, and further where a text in it is longer.
 class ListView : public QTreeView {
     Q_OBJECT
  public:
@@ -85,18 +98,34 @@ class ListView : public QTreeView {
     QString SelectedItemText() const;
 
  Q_SIGNALS:
-    void ItemClick(int row);  // raised before Click when a row was hit, and when the selection moves by keyboard
-    void Click();             // a click anywhere in the rows' area
-    void DblClick();          // a row was double-clicked, or Enter pressed on it
-    void LostFocus();
+    void ItemClick(
+        int row);      // raised before Click when a row was hit, and when the selection moves by keyboard
+    void Click();      // a click anywhere in the rows' area, or the selection moved by keyboard
+    void DblClick();   // a row was double-clicked, or Enter pressed on it while selected
+    void LostFocus();  // to another control, not to a menu or another window
+
+ public Q_SLOTS:
+    void doItemsLayout() override;
 
  protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+ private:
+    enum class Press { None, OnRow, BesideRows };
+    void FitLastColumn();
+    int WidestItem(int column) const;  // pixels
+
+    LineWidth* const width_;
+    Press press_ = Press::None;
 };
 
-/// Makes `view` show `model` with the selection of `other`: two views of one model with one selection.
+/// Gives `view` the model, the selection and the selection mode of `other`: two views of one model with one
+/// selection. `other` has its model already and lives as long as `view`.
 void ShareSelection(QAbstractItemView& view, QAbstractItemView& other);
 
 }  // namespace toolkit

@@ -5,25 +5,30 @@
 
 namespace toolkit {
 
-/// A plain box whose width is also told in twips (15 to the pixel). As a filled part it keeps its share of the
-/// parent's width when the parent is resized.
+/// A plain box whose width is also told in twips (15 to the pixel). A filled part lies in its parent, from
+/// the left edge and over its whole height, and keeps its share of the parent's width when the parent is
+/// resized.
 class PictureBox : public QWidget {
     Q_OBJECT
  public:
     enum class Role { Empty, Filled };
+
     explicit PictureBox(QWidget* parent = nullptr);
+    /// A filled part belongs to the parent that it has now, and begins with the width 0.
     void SetRole(Role role);
-    double Width() const;             // twips
-    void SetWidth(double twips);      // clipped to 0 .. the parent's width for a filled part
+    double Width() const;         // twips
+    void SetWidth(double twips);  // a filled part is held within 0 .. the parent's width
 
  protected:
     void paintEvent(QPaintEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
+    void Place();
+
     Role role_ = Role::Empty;
-    double twips_ = -1;               // set width; -1: follow the widget
+    double share_ = 0;  // of the parent's width, for a filled part
+    double twips_ = 0;  // as set or scaled; the widget itself has whole pixels only
 };
 
 }  // namespace toolkit

@@ -1,0 +1,129 @@
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QKeyEvent>
+
+#include "toolkit/line_delegate.h"
+#include "toolkit/lists.h"
+#include "toolkit/row_selection.h"
+
+namespace toolkit {
+
+ListBox::ListBox(QWidget* parent) : QListView(parent), own_lines_(new LineModel(this)) {
+    setItemDelegate(new LineDelegate(this));
+    setUniformItemSizes(true);
+    setSelectionBehavior(SelectRows);
+    setEditTriggers(NoEditTriggers);
+    setHorizontalScrollMode(ScrollPerPixel);
+    setModel(own_lines_);
+}
+
+LineModel* ListBox::Lines() const {
+    return model() == own_lines_ ? own_lines_ : nullptr;
+}
+
+int ListBox::ListCount() const {
+    return model() ? model()->rowCount() : 0;
+}
+
+QString ListBox::List(int row) const {
+    return model() ? model()->index(row, 0).data().toString() : QString();
+}
+
+void ListBox::AddItem(const QString& text) {
+    own_lines_->Add(text);
+}
+
+void ListBox::RemoveItem(int row) {
+    own_lines_->Remove(row);
+}
+
+void ListBox::Clear() {
+    own_lines_->Clear();
+}
+
+int ListBox::ListIndex() const {
+    return CurrentRow(*this);
+}
+
+void ListBox::SetListIndex(int row) {
+    if (!model()) return;
+    const bool selects = selectionMode() == SingleSelection;
+    const QModelIndex index = model()->index(row, 0);
+    using Selection = QItemSelectionModel;
+    selectionModel()->setCurrentIndex(
+        index, selects ? Selection::ClearAndSelect | Selection::Rows : Selection::NoUpdate);
+    if (index.isValid()) scrollTo(index);
+}
+
+QString ListBox::Text() const {
+    return List(ListIndex());
+}
+
+bool ListBox::Selected(int row) const {
+    return IsRowSelected(*this, row);
+}
+
+void ListBox::SetSelected(int row, bool selected) {
+    if (!model() || !model()->hasIndex(row, 0)) return;
+    using Selection = QItemSelectionModel;
+    selectionModel()->select(model()->index(row, 0),
+                             Selection::Rows | (selected ? Selection::Select : Selection::Deselect));
+}
+
+int ListBox::SelCount() const {
+    return CountSelectedRows(*this);
+}
+
+QList<int> ListBox::SelectedRows() const {
+    return SelectedRowsOf(*this);
+}
+
+void ListBox::CopySelectedLines() const {
+    QStringList lines;
+    for (int row : SelectedRows()) lines.append(List(row));
+    if (!lines.isEmpty()) QGuiApplication::clipboard()->setText(lines.join(u'\n'));
+}
+
+void ListBox::keyPressEvent(QKeyEvent* event) {
+    if (IsEnterOnRow(*this, *event)) {
+        Q_EMIT DblClick();
+        return;
+    }
+    if (event->matches(QKeySequence::Copy)) {
+        CopySelectedLines();
+        return;
+    }
+    const SelectionWatch watch(*this);
+    QListView::keyPressEvent(event);
+    if (watch.Moved()) Q_EMIT Click();
+}
+
+void ListBox::keyReleaseEvent(QKeyEvent* event) {
+    QListView::keyReleaseEvent(event);
+    Q_EMIT KeyUp(event->key());
+}
+
+void ListBox::mousePressEvent(QMouseEvent* event) {
+    pressed_ = indexAt(event->position().toPoint()).isValid();
+    QListView::mousePressEvent(event);
+}
+
+void ListBox::mouseReleaseEvent(QMouseEvent* event) {
+    QListView::mouseReleaseEvent(event);
+    if (std::exchange(pressed_, false)) Q_EMIT Click();
+}
+
+void ListBox::mouseDoubleClickEvent(QMouseEvent* event) {
+    pressed_ = false;
+    QListView::mouseDoubleClickEvent(event);
+    const bool on_row = indexAt(event->position().toPoint()).isValid();
+    if (on_row && event->button() == Qt::LeftButton) Q_EMIT DblClick();
+}
+
+void ListBox::focusOutEvent(QFocusEvent* event) {
+    QListView::focusOutEvent(event);
+    const Qt::FocusReason reason = event->reason();
+    if (reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason) Q_EMIT LostFocus();
+}
+
+}  // namespace toolkit

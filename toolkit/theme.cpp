@@ -1,0 +1,68 @@
+#include "toolkit/theme.h"
+
+#include <QPalette>
+#include <QStyleFactory>
+
+namespace toolkit {
+namespace {
+
+struct Colours {
+    QRgb window, base, alternate, button, tip;
+    QRgb text, disabled_text, placeholder, highlight, highlighted_text, disabled_highlight, link;
+    QRgb light, midlight, mid, dark, shadow;
+};
+
+constexpr Colours kLight{0xfff2f4f7, 0xffffffff, 0xfff6f8fa, 0xfff7f8fa, 0xffffffe8,  //
+                         0xff1a1f26, 0xff8b939d, 0xff6f7883, 0xff1f6bb5, 0xffffffff, 0xffb9c3ce,
+                         0xff1259a3, 0xffffffff, 0xffe6eaef, 0xffb4bcc6, 0xff98a1ac, 0xff6d7580};
+
+constexpr Colours kDark{0xff262a30, 0xff1c1f24, 0xff22262b, 0xff343a42, 0xff3a4048,  //
+                        0xffe7eaee, 0xff7d8691, 0xff98a1ac, 0xff2f7cc9, 0xffffffff, 0xff47505b,
+                        0xff7db8f5, 0xff4a525c, 0xff3d444d, 0xff565f6a, 0xff17191d, 0xff0e1013};
+
+QPalette PaletteOf(const Colours& colours) {
+    QPalette palette;
+    const auto set = [&palette](QPalette::ColorRole role, QRgb normal, QRgb disabled) {
+        palette.setColor(role, QColor(normal));
+        palette.setColor(QPalette::Disabled, role, QColor(disabled));
+    };
+    const auto set_all = [&set](QPalette::ColorRole role, QRgb colour) { set(role, colour, colour); };
+    set_all(QPalette::Window, colours.window);
+    set(QPalette::Base, colours.base, colours.window);
+    set_all(QPalette::AlternateBase, colours.alternate);
+    set_all(QPalette::Button, colours.button);
+    set_all(QPalette::ToolTipBase, colours.tip);
+    set_all(QPalette::ToolTipText, colours.text);
+    set(QPalette::WindowText, colours.text, colours.disabled_text);
+    set(QPalette::Text, colours.text, colours.disabled_text);
+    set(QPalette::ButtonText, colours.text, colours.disabled_text);
+    set(QPalette::PlaceholderText, colours.placeholder, colours.disabled_text);
+    set_all(QPalette::BrightText, colours.highlighted_text);
+    set(QPalette::Highlight, colours.highlight, colours.disabled_highlight);
+    set(QPalette::HighlightedText, colours.highlighted_text, colours.text);
+    set_all(QPalette::Link, colours.link);
+    set_all(QPalette::LinkVisited, colours.link);
+    set_all(QPalette::Light, colours.light);
+    set_all(QPalette::Midlight, colours.midlight);
+    set_all(QPalette::Mid, colours.mid);
+    set_all(QPalette::Dark, colours.dark);
+    set_all(QPalette::Shadow, colours.shadow);
+    return palette;
+}
+
+bool DesktopIsDark() {
+    const QByteArray wish = qgetenv("WEBSMIDE_COLOURS");
+    if (wish == "light" || wish == "dark") return wish == "dark";
+    const QPalette desktop = QGuiApplication::palette();
+    return desktop.color(QPalette::Window).lightness() < desktop.color(QPalette::WindowText).lightness();
+}
+
+}  // namespace
+
+void ApplyTheme(QApplication& application) {
+    const Colours& colours = DesktopIsDark() ? kDark : kLight;
+    application.setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    application.setPalette(PaletteOf(colours));
+}
+
+}  // namespace toolkit
