@@ -1,0 +1,77 @@
+#pragma once
+// The transfer progress window: sends or fetches a batch of files, one after the other. UI thread only.
+
+#include <QDialog>
+#include <QLabel>
+#include <QPushButton>
+#include <QTimer>
+#include <functional>
+#include <vector>
+
+#include "ftp/component.h"
+#include "toolkit/file_controls.h"
+#include "toolkit/lists.h"
+#include "toolkit/picture_bar.h"
+#include "ui_transfer_form.h"
+
+namespace forms {
+
+/// What the window uses of the main window, under the names that it has there. All of it outlives the window.
+struct TransferHost {
+    QWidget& window;
+    ftp::Component& Ftp1;
+    toolkit::ListBox& List1;
+    toolkit::ListBox& listDir;
+    toolkit::ListView& listdir2;
+    toolkit::DirListBox& Dir1;
+    QPushButton& avb;
+    QLabel& antal;
+    QLabel& label7;
+    toolkit::PictureBox& p2;
+    std::function<QString(int row)> LocalPathOfRow;  // the file that a row of List1 was made from
+};
+
+/// One batch: the selected rows of List1 go up where UploadRunning is 1, those of listDir come down where
+/// DownloadRunning is. The user's closing it asks to abort; closing it from the program ends the batch with
+/// the file that is running.
+class Form1 : public QDialog, private Ui::Form1 {
+    Q_OBJECT
+ public:
+    explicit Form1(const TransferHost& main);
+
+    /// Opens the window and runs the whole batch: returns when that is over and the window is closed.
+    void Form_Load();
+
+    /// The entry of the queue that is on its way.
+    QString CurrentEntry() const { return l1->Text(); }
+
+    void reject() override;
+
+ protected:
+    void closeEvent(QCloseEvent* event) override;
+
+ private:
+    struct Job {
+        QString source;
+        QString destination;
+    };
+
+    void Wire();
+    void Form_QueryUnload();
+    void Command1_Click();
+    void Timer1_Timer();
+    void skicka();
+    std::vector<Job> QueueUploads();
+    std::vector<Job> QueueDownloads();
+    /// One transfer after the other; `running` is 1 during each of them.
+    void Run(const std::vector<Job>& jobs, std::int16_t& running, void (ftp::Component::*transfer)());
+
+    const TransferHost main_;
+    QTimer* const Timer1;
+    bool AbortRequested_ = false;
+};
+
+/// The title bar: bytes so far, the total and the percentage.
+QString TransferCaption(const QString& bytes, const QString& size, const QString& percent);
+
+}  // namespace forms
