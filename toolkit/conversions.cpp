@@ -1,6 +1,7 @@
 #include "toolkit/conversions.h"
 
 #include <QDateTime>
+#include <QLocale>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -55,8 +56,9 @@ double Val(const QString& text) {
 
     double value = 0;
     const auto [end, error] = std::from_chars(first, last, value);
+    if (error == std::errc()) return value;
     // Too large is infinity and too small is zero, which from_chars does not tell apart.
-    return error == std::errc() ? value : QByteArray(first, end - first).toDouble();
+    return QLocale::c().toDouble(QString::fromLatin1(first, end - first));
 }
 
 std::optional<std::int16_t> CInt(double value) {

@@ -43,6 +43,7 @@ class Box : public QDialog {
 
     void AddText(const QString& text) {
         auto* label = new WrappedLabel(text, this);
+        label->setObjectName(QStringLiteral("lblText"));
         message_->setSpacing(14);
         const int highest = screen()->availableGeometry().height() / 2;
         if (label->sizeHint().height() <= highest) {
