@@ -30,23 +30,6 @@ class Descriptor {
     int value_;
 };
 
-FileResult LastError() {
-    switch (errno) {
-        case ENOENT:
-            return FileResult::NotFound;
-        case ENOSPC:
-        case EDQUOT:
-        case EFBIG:
-            return FileResult::DiskFull;
-        case EACCES:
-        case EPERM:
-        case EROFS:
-            return FileResult::Denied;
-        default:
-            return FileResult::PathError;
-    }
-}
-
 std::int64_t Nanoseconds(const timespec& time) {
     return time.tv_sec * 1'000'000'000LL + time.tv_nsec;
 }
@@ -99,7 +82,7 @@ FileContent ReadWholeFile(const QByteArray& path, qsizetype limit) {
     Descriptor file(open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     struct stat status;
     if (file.Get() < 0 || fstat(file.Get(), &status) != 0) {
-        return {LastError(), {}};
+        return {LastFileError(), {}};
     }
     if (!S_ISREG(status.st_mode)) {
         return {FileResult::PathError, {}};
@@ -112,7 +95,7 @@ FileContent ReadWholeFile(const QByteArray& path, qsizetype limit) {
             break;
         }
         if (count < 0 && errno != EINTR) {
-            return {LastError(), {}};
+            return {LastFileError(), {}};
         }
         size += std::max<ssize_t>(count, 0);
     }
@@ -125,11 +108,11 @@ FileResult ReplaceWholeFile(const QByteArray& path, const QByteArray& bytes) {
     QByteArray temporary = target + ".XXXXXX";
     Descriptor file(mkostemp(temporary.data(), O_CLOEXEC));
     if (file.Get() < 0) {
-        return LastError();
+        return LastFileError();
     }
     if (!WriteAll(file.Get(), bytes) || fsync(file.Get()) != 0 || !file.Close() ||
         rename(temporary.constData(), target.constData()) != 0) {
-        const FileResult result = LastError();
+        const FileResult result = LastFileError();
         unlink(temporary.constData());
         return result;
     }
@@ -144,7 +127,7 @@ FileResult SetFileAside(const QByteArray& path, const QByteArray& suffix, QByteA
     do {
         aside = path + suffix + QByteArray::number(number++);
     } while (lstat(aside.constData(), &status) == 0);
-    return rename(path.constData(), aside.constData()) == 0 ? FileResult::Done : LastError();
+    return rename(path.constData(), aside.constData()) == 0 ? FileResult::Done : LastFileError();
 }
 
 FileResult MakePrivateFolder(const QByteArray& path) {
@@ -158,7 +141,7 @@ FileResult MakePrivateFolder(const QByteArray& path) {
             return parent;
         }
     }
-    return mkdir(path.constData(), S_IRWXU) == 0 || errno == EEXIST ? FileResult::Done : LastError();
+    return mkdir(path.constData(), S_IRWXU) == 0 || errno == EEXIST ? FileResult::Done : LastFileError();
 }
 
 FolderLock::FolderLock(const QByteArray& folder)
@@ -169,6 +152,7 @@ FolderLock::FolderLock(const QByteArray& folder)
 
 FolderLock::~FolderLock() {
     if (descriptor_ >= 0) {
+        flock(descriptor_, LOCK_UN);  // a child process may hold a copy of the descriptor
         close(descriptor_);
     }
 }

@@ -5,10 +5,9 @@
 #include <cstdint>
 #include <optional>
 
-namespace platform {
+#include "platform/file_result.h"
 
-/// What came of it, as the classic run-time number.
-enum class FileResult { Done = 0, NotFound = 53, DiskFull = 61, Denied = 70, PathError = 75 };
+namespace platform {
 
 /// Tells one state of a file from another; links are followed.
 struct FileStamp {
