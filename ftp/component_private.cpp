@@ -1,5 +1,6 @@
 #include "ftp/component_private.h"
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QEvent>
@@ -65,8 +66,15 @@ void Component::Private::Perform(Operation operation) {
                     .operation = std::move(operation),
                     .passive = component_->ModeFlagA,
                     .image = component_->ModeFlagB});
-    // Not exec(): quitting the application is to end the main loop, not this wait.
-    for (QEventLoop loop; running_;) loop.processEvents(QEventLoop::WaitForMoreEvents);
+    AwaitEnd();
+}
+
+/// Not a QEventLoop::exec: quitting the application is to end the main loop, not this wait.
+void Component::Private::AwaitEnd() {
+    auto* const dispatcher = QAbstractEventDispatcher::instance();
+    dispatcher->wakeUp();  // else events posted before may lie until the next one comes
+    while (running_) dispatcher->processEvents(QEventLoop::WaitForMoreEvents);
+    dispatcher->wakeUp();  // else the main loop may sleep over a quit that came meanwhile
 }
 
 void Component::Private::Prepare(const Operation& operation) {
@@ -176,7 +184,8 @@ void Component::Private::On(const SessionChanged& session) {
 }
 
 void Component::Private::On(const Problem& problem) {
-    EndProgress();
+    sampling_.stop();
+    if (counting_) SampleProgress();
     const auto [number, text] = DescribeFailure(problem.failure, WordsOf(problem.failure));
     Raise(&Component::Error, number, text);
 }

@@ -43,6 +43,7 @@ class Component::Private : public QObject, public std::enable_shared_from_this<P
  private:
     void Perform(Operation operation);
     void Prepare(const Operation& operation);
+    void AwaitEnd();
     void Deliver();
     void DeliverNext();
     void On(const ftp::CommandSent& command);

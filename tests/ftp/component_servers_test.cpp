@@ -1,0 +1,246 @@
+// The component with real servers, several makes of them.
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <filesystem>
+
+#include "ftp/listing_rows.h"
+#include "tests/ftp/component_fixture.h"
+#include "tests/support/ftp_server.h"
+
+namespace ftp {
+namespace {
+
+using ftp_test::Make;
+using ftp_test::Server;
+
+constexpr std::int64_t kGigabyte = 1024 * 1024 * 1024;
+
+class ComponentAtServer : public ComponentTest, public testing::WithParamInterface<Make> {
+ protected:
+    void SetUp() override {
+        if (const auto reason = ftp_test::WhyMissing(GetParam())) GTEST_SKIP() << *reason;
+        server.emplace(GetParam());
+        Connect(server->HostField());
+        ASSERT_TRUE(component->Connected()) << trace.join(u'\n').toStdString();
+    }
+
+    QString Local(const char* name) const { return local.filePath(QString::fromUtf8(name)); }
+
+    void Put(const QString& path, const char* name) {
+        component->SourceFileName = path;
+        component->DestinationFileName = QString::fromUtf8(name);
+        component->PutFile();
+    }
+    void Get(const char* name, const QString& path) {
+        component->SourceFileName = QString::fromUtf8(name);
+        component->DestinationFileName = path;
+        component->GetFile();
+    }
+    QStringList Names() {
+        listing.clear();
+        component->ListDirectory();
+        QStringList names;
+        for (const QString& line : listing) {
+            const QString name = NameOfListingLine(line);
+            if (!IsSummaryLine(line) && name != QStringLiteral(".") && name != QStringLiteral(".."))
+                names += name;
+        }
+        names.sort();
+        return names;
+    }
+
+    std::optional<Server> server;
+    QTemporaryDir local;
+};
+
+INSTANTIATE_TEST_SUITE_P(Every, ComponentAtServer, testing::ValuesIn(ftp_test::AllServers()),
+                         [](const auto& make) { return ftp_test::Name(make.param); });
+
+QByteArray Pattern(qsizetype size) {
+    QByteArray bytes(size, Qt::Uninitialized);
+    for (qsizetype i = 0; i < size; ++i) bytes[i] = static_cast<char>(i * 31 + (i >> 12));
+    return bytes;
+}
+
+void Write(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    ASSERT_EQ(file.write(bytes), bytes.size());
+}
+
+QByteArray Read(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
+}
+
+TEST_P(ComponentAtServer, CarriesOutEveryOperation) {
+    component->DirectoryName = QStringLiteral("bilder");
+    component->MakeDirectory();
+    EXPECT_EQ(Names(), QStringList{QStringLiteral("bilder")});
+    component->ChangeDirectory();
+    const QByteArray bytes = Pattern(3'000'001);
+    Write(Local("up.gif"), bytes);
+    Put(Local("up.gif"), "up.gif");
+    EXPECT_EQ(server->ReadFile("bilder/up.gif"), bytes.toStdString());
+
+    component->SourceFileName = QStringLiteral("up.gif");
+    component->DestinationFileName = QStringLiteral("ny.gif");
+    component->RenameFile();
+    EXPECT_EQ(Names(), QStringList{QStringLiteral("ny.gif")});
+    Get("ny.gif", Local("down.gif"));
+    EXPECT_EQ(Read(Local("down.gif")), bytes);
+
+    component->SourceFileName = component->DestinationFileName = QStringLiteral("ny.gif");
+    component->DeleteFile();
+    EXPECT_EQ(Names(), QStringList());
+    component->ChangeToParent();
+    component->RemoveDirectory();
+    EXPECT_EQ(Names(), QStringList());
+    component->CloseConnection();
+
+    EXPECT_TRUE(errors.empty()) << errors.front().second;
+    EXPECT_EQ(connected, (std::vector{true, false}));
+    EXPECT_FALSE(component->Connected());
+    EXPECT_EQ(commands.last(), QStringLiteral("QUIT"));
+    EXPECT_FALSE(trace.contains(QStringLiteral("PASS demo")));
+    EXPECT_TRUE(trace.contains(QStringLiteral("USER demo")));
+}
+
+TEST_P(ComponentAtServer, CountsTransfersToTheExactEnd) {
+    for (const std::int64_t size : {0, 1, 3'000'001}) {
+        Write(Local("up"), Pattern(size));
+        progress.clear();
+        Put(Local("up"), "file");
+        ASSERT_FALSE(progress.empty());
+        EXPECT_TRUE(std::ranges::is_sorted(progress));
+        EXPECT_EQ(progress.back(), size);
+
+        progress.clear();
+        Get("file", Local("down"));
+        ASSERT_FALSE(progress.empty());
+        EXPECT_TRUE(std::ranges::is_sorted(progress));
+        EXPECT_EQ(progress.back(), size);
+        EXPECT_EQ(component->StatedSize(), size);
+    }
+    progress.clear();
+    component->ListDirectory();
+    EXPECT_TRUE(progress.empty()) << "a listing is no transfer of a file";
+    EXPECT_TRUE(errors.empty()) << errors.front().second;
+}
+
+TEST_P(ComponentAtServer, RaisesWhatTheServerRefuses) {
+    Write(Local("old"), "old");
+    Get("missing", Local("old"));
+    EXPECT_EQ(OnlyError(), 550);
+    EXPECT_TRUE(errors.front().second.starts_with("Servern vägrar: 550 ")) << errors.front().second;
+    EXPECT_TRUE(progress.empty());
+    EXPECT_EQ(Read(Local("old")), "old");
+    errors.clear();
+    component->DirectoryName = QStringLiteral("missing");
+    component->ChangeDirectory();
+    EXPECT_EQ(OnlyError(), 550);
+    EXPECT_TRUE(component->Connected());
+}
+
+TEST_P(ComponentAtServer, RaisesWhatTheDiskRefuses) {
+    Put(Local("missing"), "a");
+    EXPECT_EQ(OnlyError(), 53);
+    EXPECT_TRUE(errors.front().second.ends_with(Local("missing").toStdString())) << errors.front().second;
+    errors.clear();
+    server->WriteFile("a", "a");
+    Get("a", Local("missing/a"));
+    EXPECT_EQ(errors.size(), 1u);
+    EXPECT_TRUE(component->Connected());
+    EXPECT_EQ(Names(), QStringList{QStringLiteral("a")}) << "the session goes on";
+}
+
+TEST_P(ComponentAtServer, RefusesAWrongPassword) {
+    component->CloseConnection();
+    connected.clear();
+    trace.clear();
+    component->Password = QStringLiteral("wrong");
+    component->Connect();
+    EXPECT_EQ(OnlyError(), 530) << trace.join(u'\n').toStdString();
+    EXPECT_FALSE(component->Connected());
+    EXPECT_TRUE(connected.empty());
+}
+
+TEST_P(ComponentAtServer, AbortsADownloadAndKeepsTheSession) {
+    server->WriteFile("big", "");
+    std::filesystem::resize_file(server->Home() / "big", 4 * kGigabyte);
+    Write(Local("big"), "old");
+    std::int64_t at_abort = -1;
+    QObject::connect(component.get(), &Component::Progress, [&](std::int64_t bytes) {
+        EXPECT_EQ(at_abort, -1) << "nothing is counted after the abort";
+        at_abort = bytes;
+        component->AbortTransfer();
+    });
+    Get("big", Local("big"));
+    EXPECT_GT(at_abort, 0);
+    EXPECT_LT(at_abort, 4 * kGigabyte);
+    EXPECT_EQ(OnlyError(), 10004);
+    EXPECT_EQ(Read(Local("big")), "old");
+    EXPECT_TRUE(component->Connected());
+    EXPECT_EQ(Names(), QStringList{QStringLiteral("big")});
+}
+
+TEST_P(ComponentAtServer, ShutsDownInTheMiddleOfADownload) {
+    server->WriteFile("big", "");
+    std::filesystem::resize_file(server->Home() / "big", 4 * kGigabyte);
+    QObject::connect(component.get(), &Component::Progress, [this] { component->Shutdown(); });
+    Get("big", Local("big"));
+    EXPECT_EQ(OnlyError(), 10004);
+    EXPECT_FALSE(component->Connected());
+    EXPECT_EQ(QDir(local.path()).entryList(QDir::Files | QDir::Hidden), QStringList()) << "no litter";
+}
+
+TEST_P(ComponentAtServer, MayBeDestroyedByAnyEvent) {
+    server->WriteFile("a", "a");
+    for (int event = 0;; ++event) {
+        component = std::make_unique<Component>();
+        component->UserName = component->Password = QStringLiteral("demo");
+        component->ModeFlagA = true;
+        int seen = 0;
+        const auto destroy_at = [&, event] {
+            if (seen++ == event) component.reset();
+        };
+        QObject::connect(component.get(), &Component::Debug, destroy_at);
+        QObject::connect(component.get(), &Component::DirItem, destroy_at);
+        QObject::connect(component.get(), &Component::Progress, destroy_at);
+        QObject::connect(component.get(), &Component::ConnectedChanged, destroy_at);
+        Connect(server->HostField());
+        if (component) component->ListDirectory();
+        if (component) Get("a", Local("a"));
+        if (!component) continue;
+        EXPECT_GT(event, 10);
+        break;
+    }
+}
+
+class LegacyServer : public ComponentAtServer {};
+
+INSTANTIATE_TEST_SUITE_P(Some, LegacyServer, testing::Values(Make::ProFtpd, Make::PyFtpdLib),
+                         [](const auto& make) { return ftp_test::Name(make.param); });
+
+TEST_P(LegacyServer, KeepsTheBytesOfItsNames) {
+    server.emplace(GetParam(), ftp_test::ServerOptions{.utf8 = false});
+    Connect(server->HostField());
+    // pyftpdlib translates between the wire and UTF-8 names on its disk; to proftpd names are bytes
+    // throughout.
+    const bool translates = GetParam() == Make::PyFtpdLib;
+    server->WriteFile(translates ? "åäö.htm" : "\xE5\xE4\xF6.htm", "hej");
+    EXPECT_EQ(Names(), QStringList{QStringLiteral("åäö.htm")});
+    Get("åäö.htm", Local("a"));
+    EXPECT_EQ(Read(Local("a")), "hej");
+    Put(Local("a"), "smörgås.htm");
+    EXPECT_EQ(server->ReadFile(translates ? "smörgås.htm" : "sm\xF6rg\xE5s.htm"), "hej");
+    EXPECT_TRUE(errors.empty()) << errors.front().second;
+}
+
+}  // namespace
+}  // namespace ftp
