@@ -31,10 +31,12 @@
 #include <QPointer>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "forms/main/local_files_model.h"
 #include "forms/main/server_lines_model.h"
 #include "ftp/component.h"
+#include "ftp/progress_arithmetic.h"
 #include "settings/settings_store.h"
 #include "ui_main_form.h"
 
@@ -101,6 +103,7 @@ class MainForm : public QWidget, private Ui::MainForm {
     // layout.cpp
     void PrepareLayout();
     void MDIForm_Resize();
+    void FitFileColumns();
     void PlacePercentages();
     bool ChooseAmongAmbiguous(QAbstractButton& button);
     // toolbar.cpp
@@ -127,6 +130,13 @@ class MainForm : public QWidget, private Ui::MainForm {
     void Command2_Click();
     void avb_Click();
     void Ftp1_Progress(std::int64_t bytes);
+    void HoldServerPanel();
+    void ReleaseServerPanel();
+    void RememberFolder(const QString& folder);
+    void ShowTransferWindow();
+    std::optional<QString> SizeOfUpload() const;
+    std::optional<QString> SizeOfDownload() const;
+    void ShowProgress(const ftp::StripChange& change);
     // local_panel.cpp
     void Drive1_Change();
     void list2_Click();

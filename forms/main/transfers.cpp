@@ -1,0 +1,135 @@
+// Uploads and downloads, and the progress strip.
+
+#include "app/shared/ftpglob.h"
+#include "forms/main/main_form.h"
+#include "forms/transfer/transfer_form.h"
+#include "ftp/progress_arithmetic.h"
+#include "platform/drive_path.h"
+#include "platform/folder.h"
+#include "toolkit/message_box.h"
+
+namespace forms {
+namespace {
+
+constexpr double kSliver = 15;  // twips: an aborted transfer leaves the bar just visible
+
+}  // namespace
+
+void MainForm::Command1_Click() {
+    HoldServerPanel();
+    Ftp1->ModeFlagA = true;
+    Ftp1->ModeFlagB = true;
+    RememberFolder(Dir1->Path());
+    app::Globals().UploadRunning = 1;
+    if (List1->SelCount() >= 2) {
+        ShowTransferWindow();
+        Command9_Click();
+        return;
+    }
+    const int row = List1->SelCount() == 1 ? List1->SelectedRows().first() : List1->ListIndex();
+    avb->setEnabled(true);
+    Ftp1->SourceFileName = LocalPathOfRow(row);
+    Ftp1->DestinationFileName = List1->List(row);
+    Ftp1->PutFile();
+    app::Globals().UploadRunning = 0;
+    avb->setEnabled(false);
+    Command9_Click();
+    ReleaseServerPanel();
+}
+
+void MainForm::Command2_Click() {
+    app::ftpglob& globals = app::Globals();
+    if (listDir->SelCount() >= 2) {
+        HoldServerPanel();
+        globals.DownloadRunning = 1;
+        ShowTransferWindow();
+        Command7_Click();
+        return;
+    }
+    const QString name = toolkit::InputBox(
+        this, QStringLiteral("Spara ") + globals.SelectedServerFile + QStringLiteral("(?)som"),
+        QStringLiteral("Ladda hem fil från Server"), globals.SelectedServerFile);
+    if (name.isEmpty()) return;
+    HoldServerPanel();
+    globals.DownloadRunning = 1;
+    avb->setEnabled(true);
+    Ftp1->SourceFileName = globals.SelectedServerFile;
+    Ftp1->DestinationFileName = platform::Join(Dir1->Path(), name);
+    Ftp1->GetFile();
+    avb->setEnabled(false);
+    globals.DownloadRunning = 0;
+    Command23->setEnabled(true);
+    Command7_Click();
+    ReleaseServerPanel();
+}
+
+void MainForm::HoldServerPanel() {
+    for (QPushButton* button : {Command23, Command2, Command1, Command21, Command14, Command9, Command10,
+                                Command11, Command12, Command13})
+        button->setEnabled(false);
+    listdir2->setEnabled(false);
+}
+
+// The buttons of a row come back when a row is clicked.
+void MainForm::ReleaseServerPanel() {
+    listdir2->setEnabled(true);
+    for (QPushButton* button : {Command21, Command14, Command9}) button->setEnabled(true);
+}
+
+void MainForm::RememberFolder(const QString& folder) {
+    if (lk->findText(folder, Qt::MatchExactly | Qt::MatchCaseSensitive) < 0) lk->addItem(folder);
+}
+
+void MainForm::ShowTransferWindow() {
+    transfer_ =
+        std::make_unique<Form1>(TransferHost{*this, *Ftp1, *List1, *listDir, *listdir2, *Dir1, *avb, *antal,
+                                             *label7, *p2, [this](int row) { return LocalPathOfRow(row); }});
+    transfer_->Form_Load();
+}
+
+void MainForm::avb_Click() {
+    if (toolkit::MsgBox(this, QStringLiteral("Vill du avbryta överföringen ?"), toolkit::Buttons::YesNo,
+                        toolkit::Icon::Information,
+                        QStringLiteral("Avbryt överföring!")) == toolkit::Answer::No)
+        return;
+    Ftp1->AbortTransfer();
+    antal->setText(QStringLiteral("0 %"));
+    p2->SetWidth(kSliver);
+}
+
+void MainForm::Ftp1_Progress(std::int64_t bytes) {
+    app::ftpglob& globals = app::Globals();
+    if (globals.FolderUploadRunning) {
+        const std::int64_t done = label7->property("tag").toLongLong() + bytes;
+        label7->setText(QString::number(done));
+        globals.FileSizeText = QString::number(globals.FolderUploadTotal);
+        ShowProgress(ftp::FolderProgress(done, globals.FolderUploadTotal, p1->Width()));
+        return;
+    }
+    label7->setText(QString::number(bytes));
+    if (globals.UploadRunning != 1 && globals.DownloadRunning != 1) return;
+    const std::optional<QString> size = globals.UploadRunning == 1 ? SizeOfUpload() : SizeOfDownload();
+    globals.FileSizeText = size.value_or(globals.FileSizeText);
+    ShowProgress(ftp::FileProgress(bytes, globals.FileSizeText, p1->Width()));
+}
+
+std::optional<QString> MainForm::SizeOfUpload() const {
+    const std::optional<std::int64_t> length = platform::FileLength(Ftp1->SourceFileName);
+    return length ? std::optional(QString::number(*length)) : std::nullopt;
+}
+
+// The server's own word goes before the size column, whose place differs from server to server.
+std::optional<QString> MainForm::SizeOfDownload() const {
+    if (const std::optional<std::int64_t> stated = Ftp1->StatedSize()) return QString::number(*stated);
+    return ftp::SizeColumn(listDir->SelCount() >= 2 ? transfer_->CurrentEntry()
+                                                    : listdir2->SelectedItemText());
+}
+
+void MainForm::ShowProgress(const ftp::StripChange& change) {
+    if (change.bar_width) p2->SetWidth(*change.bar_width);
+    antal->setText(change.percent);
+    antal2->setText(change.percent);
+    if (change.counter) label7->setText(*change.counter);
+}
+
+}  // namespace forms
