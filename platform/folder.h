@@ -1,5 +1,5 @@
 #pragma once
-// Reading and changing the local file system, in the drive-letter notation. Any thread.
+// Reading the local file system, in the drive-letter notation. Any thread.
 
 #include <QString>
 #include <cstdint>
@@ -15,9 +15,9 @@ struct FolderEntry {
     bool folder = false;        // a folder, or a link to one
 };
 
-/// All entries but "." and "..", hidden ones included, sorted by name without regard to case (then by bytes).
-/// Each entry's size and time are read once. 100,000 entries take well under a second. Nothing when the
-/// folder cannot be read.
+/// All entries but "." and "..", hidden ones included, sorted by name without regard to case (then as
+/// written). Each entry's size and time are read once. 100,000 entries take well under a second. Nothing when
+/// the folder cannot be read.
 std::optional<std::vector<FolderEntry>> ReadFolder(const QString& path);
 
 /// The subfolders only, same order; much cheaper in a folder of many files.

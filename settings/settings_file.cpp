@@ -2,6 +2,7 @@
 
 #include <QStringDecoder>
 #include <algorithm>
+#include <cctype>
 
 namespace settings {
 namespace {
@@ -36,6 +37,14 @@ QString Escape(const QString& text, QStringView form) {
     return escaped;
 }
 
+std::optional<QChar> Unit(QStringView digits) {
+    const auto is_digit = [](QChar c) { return c.unicode() < 0x80 && std::isxdigit(c.unicode()); };
+    if (digits.size() != kEscapeDigits || !std::ranges::all_of(digits, is_digit)) {
+        return std::nullopt;
+    }
+    return QChar(digits.toUShort(nullptr, 16));
+}
+
 std::optional<QString> Unescape(QStringView escaped) {
     QString text;
     for (qsizetype i = 0; i < escaped.size(); ++i) {
@@ -44,18 +53,17 @@ std::optional<QString> Unescape(QStringView escaped) {
             continue;
         }
         const QStringView rest = escaped.sliced(i + 1);
-        bool number = false;
-        const ushort unit =
-            rest.sliced(std::min<qsizetype>(1, rest.size())).left(kEscapeDigits).toUShort(&number, 16);
         if (rest.startsWith(u'\\')) {
             text += u'\\';
             i += 1;
-        } else if (rest.startsWith(u'u') && rest.size() > kEscapeDigits && number) {
-            text += QChar(unit);
-            i += 1 + kEscapeDigits;
-        } else {
+            continue;
+        }
+        const auto unit = rest.startsWith(u'u') ? Unit(rest.sliced(1).left(kEscapeDigits)) : std::nullopt;
+        if (!unit) {
             return std::nullopt;
         }
+        text += *unit;
+        i += 1 + kEscapeDigits;
     }
     return text;
 }
@@ -69,6 +77,29 @@ std::optional<QString> Decode(const QByteArray& bytes) {
     return text;
 }
 
+bool HoldsControls(QStringView line) {
+    return std::ranges::any_of(line, [](QChar c) { return c.category() == QChar::Other_Control; });
+}
+
+// Takes one line in; `section` is where entries go. False when the line is neither a section nor an entry.
+bool Take(QStringView line, Sections& sections, QMap<QString, QString>*& section) {
+    if (line.startsWith(u'[') && line.endsWith(u']')) {
+        const auto name = Unescape(line.sliced(1).chopped(1));
+        section = name ? &sections[*name] : nullptr;
+        return section;
+    }
+    const qsizetype equals = line.indexOf(u'=');
+    if (equals < 0 || !section) {
+        return false;
+    }
+    const auto key = Unescape(line.first(equals));
+    const auto value = Unescape(line.sliced(equals + 1));
+    if (key && value) {
+        section->insert(*key, *value);
+    }
+    return key && value;
+}
+
 }  // namespace
 
 std::optional<Sections> Parse(const QByteArray& bytes) {
@@ -80,27 +111,9 @@ std::optional<Sections> Parse(const QByteArray& bytes) {
     QMap<QString, QString>* section = nullptr;
     for (QStringView line : QStringView(*text).split(u'\n')) {
         line.chop(line.endsWith(u'\r') ? 1 : 0);
-        const qsizetype equals = line.indexOf(u'=');
-        if (line.isEmpty()) {
-            continue;
-        }
-        if (std::ranges::any_of(line, [](QChar c) { return c.category() == QChar::Other_Control; })) {
+        if (!line.isEmpty() && (HoldsControls(line) || !Take(line, sections, section))) {
             return std::nullopt;
         }
-        if (line.startsWith(u'[') && line.endsWith(u']')) {
-            const auto name = Unescape(line.sliced(1).chopped(1));
-            if (!name) {
-                return std::nullopt;
-            }
-            section = &sections[*name];
-            continue;
-        }
-        const auto key = Unescape(line.left(std::max<qsizetype>(equals, 0)));
-        const auto value = Unescape(line.sliced(equals + 1));
-        if (equals < 0 || !section || !key || !value) {
-            return std::nullopt;
-        }
-        section->insert(*key, *value);
     }
     return sections;
 }

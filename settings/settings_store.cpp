@@ -21,14 +21,18 @@ constexpr int kInvalidFormat = 321;  // the classic number
 QString Reason(FileResult result) {
     switch (result) {
         case FileResult::NotFound:
-            return QStringLiteral("filen finns inte");
+            return QStringLiteral("filen finns inte.");
         case FileResult::DiskFull:
-            return QStringLiteral("disken är full");
+            return QStringLiteral("disken är full.");
         case FileResult::Denied:
-            return QStringLiteral("åtkomst nekad");
+            return QStringLiteral("åtkomst nekad.");
         default:
-            return QStringLiteral("fel i sökvägen");
+            return QStringLiteral("fel i sökvägen.");
     }
+}
+
+QString TheFile(const QByteArray& path) {
+    return QStringLiteral("filen ") + platform::FromNative(path);
 }
 
 QByteArray DefaultFolder() {
@@ -101,13 +105,13 @@ void Store::Private::Read(Application& application) {
     } else if (result == FileResult::NotFound) {
         state = FileResult::Done;
     } else if (result != application.state) {
-        Report(static_cast<int>(result), QStringLiteral("Inställningarna i filen ") +
-                                             platform::FromNative(application.path) +
-                                             QStringLiteral(" gick inte att läsa: ") + Reason(result) + u'.');
+        Report(static_cast<int>(result), QStringLiteral("Inställningarna i ") + TheFile(application.path) +
+                                             QStringLiteral(" gick inte att läsa: ") + Reason(result));
     }
     application.state = state;
 }
 
+// What cannot be understood is set aside, for somebody to look into.
 FileResult Store::Private::Understand(Application& application, const QByteArray& bytes) {
     if (auto values = Parse(bytes)) {
         application.values = std::move(*values);
@@ -116,17 +120,15 @@ FileResult Store::Private::Understand(Application& application, const QByteArray
     }
     QByteArray aside;
     const FileResult result = platform::SetFileAside(application.path, ".trasig-", aside);
-    QString text = QStringLiteral("Inställningarna i filen ") + platform::FromNative(application.path) +
-                   QStringLiteral(" är trasiga. ");
-    if (result == FileResult::Done) {
-        text += QStringLiteral("Filen har sparats som ") + platform::FromNative(aside) + u'.';
-        application.stamp.reset();
-    } else {
-        text += QStringLiteral("Filen gick inte att flytta undan: ") + Reason(result) + u'.';
+    const bool moved = result == FileResult::Done;
+    if (moved || result != application.state) {
+        Report(kInvalidFormat,
+               QStringLiteral("Inställningarna i ") + TheFile(application.path) +
+                   QStringLiteral(" är trasiga. ") +
+                   (moved ? QStringLiteral("De ligger kvar i ") + TheFile(aside) + u'.'
+                          : QStringLiteral("Filen gick inte att flytta undan: ") + Reason(result)));
     }
-    if (result != application.state || result == FileResult::Done) {
-        Report(kInvalidFormat, text);
-    }
+    application.stamp = platform::StampOf(application.path);
     return result;
 }
 
@@ -150,9 +152,9 @@ void Store::Private::Flush(Application& application) {
         application.pending.clear();
         application.stamp = platform::StampOf(application.path);
     } else {
-        Report(static_cast<int>(result), QStringLiteral("Inställningarna gick inte att spara i filen ") +
-                                             platform::FromNative(application.path) + QStringLiteral(": ") +
-                                             Reason(result) + u'.');
+        Report(static_cast<int>(result), QStringLiteral("Inställningarna gick inte att spara i ") +
+                                             TheFile(application.path) + QStringLiteral(": ") +
+                                             Reason(result));
     }
 }
 

@@ -14,7 +14,8 @@ namespace settings {
 
 class Store {
  public:
-    /// number: the classic run-time number (70 permission denied, 75 path error, 61 disk full, 53 not found).
+    /// number: the classic run-time number (70 permission denied, 75 path error, 61 disk full, 53 not found,
+    /// 321 a file that cannot be understood).
     using ProblemHandler = std::function<void(int number, const QString& text)>;
 
     /// `folder` is a native path; empty for the per-user default ($XDG_CONFIG_HOME/websmide or
@@ -22,9 +23,13 @@ class Store {
     explicit Store(const QString& folder = {});
     ~Store();
 
+    /// Problems that came before there was a handler are told at once. The handler may use the store.
     void OnProblem(ProblemHandler handler);
 
+    /// What other running programs have saved is seen too.
     QString GetSetting(const QString& application, const QString& section, const QString& key) const;
+    /// On the disk when it returns, or reported; then the value stays in memory and is tried again with the
+    /// next change. An unchanged value does not touch the disk.
     void SaveSetting(const QString& application, const QString& section, const QString& key,
                      const QString& value);
 
