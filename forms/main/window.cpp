@@ -7,6 +7,7 @@
 #include "forms/main/main_form.h"
 #include "forms/transfer/transfer_form.h"
 #include "ftp/trace_translator.h"
+#include "platform/drive_path.h"
 #include "platform/folder.h"
 #include "platform/shell.h"
 #include "settings/profiles.h"
@@ -34,6 +35,7 @@ MainForm::MainForm(settings::Store& store, ftp::Deadlines deadlines)
       tabd(new QMenu(this)) {
     setupUi(this);
     Ftp1->setObjectName(QStringLiteral("Ftp1"));
+    Ftp1->ResolveLocalPath = &platform::Resolve;
     tabd->setObjectName(QStringLiteral("tabd"));
     store_.OnProblem([this](int number, const QString& text) { Trace(ftp::ErrorLine(number, text)); });
     PrepareLayout();
