@@ -31,6 +31,7 @@ frmConnection::frmConnection(const ConnectionHost& main) : main_(main), Timer1(n
     PreparePassword();
     ftp::OperationGate::AllowWhileBusy(cmdDisconnect);
     Wire();
+    adjustSize();
 }
 
 void frmConnection::Wire() {
