@@ -1,7 +1,7 @@
 #pragma once
 // A row of buttons that breaks into several rows where it is too narrow for one. UI thread only.
 
-#include <QWidget>
+#include <QPushButton>
 
 namespace forms {
 
@@ -22,7 +22,7 @@ class ButtonRows : public QWidget {
     void resizeEvent(QResizeEvent* event) override;
 
  private:
-    using Row = QList<QWidget*>;
+    using Row = QList<QPushButton*>;
     QList<Row> RowsFor(int width) const;
     void Place();
 };

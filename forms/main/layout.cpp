@@ -4,6 +4,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QStyledItemDelegate>
 
 #include "forms/main/main_form.h"
 #include "ftp/operation_gate.h"
@@ -12,7 +13,27 @@
 namespace forms {
 namespace {
 
-constexpr int kPanelForListsSideBySide = 560;  // pixels
+// Pixels.
+constexpr int kPanelForListsSideBySide = 560;
+constexpr int kBesideCells = 12;
+constexpr int kBetweenLines = 5;
+constexpr int kBesideCaption = 16;
+
+// Rows of one height, with or without pictures.
+class RoomyRows : public QStyledItemDelegate {
+ public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex& index) const override {
+        const QSize needed = QStyledItemDelegate::sizeHint(option, index);
+        return needed.expandedTo({0, option.fontMetrics.height() + kBetweenLines});
+    }
+};
+
+int CompactWidth(const QPushButton& button) {
+    const int text = button.fontMetrics().horizontalAdvance(button.text());
+    return kBesideCaption + (text > 0 ? text : button.iconSize().width());
+}
 
 void ShowPicture(QLabel& label, const QString& file) {
     const int extent = label.style()->pixelMetric(QStyle::PM_SmallIconSize);
@@ -37,10 +58,13 @@ void MainForm::PrepareLayout() {
     toolkit::ShareSelection(*List1, *list2);
     listdir2->setModel(server_lines_);
     toolkit::ShareSelection(*listDir, *listdir2);
-    for (QAbstractItemView* list :
-         {static_cast<QAbstractItemView*>(listDir), static_cast<QAbstractItemView*>(listdir2),
-          static_cast<QAbstractItemView*>(listTrace)})
+    for (toolkit::ListView* list : {list2, listdir2}) list->setItemDelegate(new RoomyRows(list));
+    for (QWidget* list : std::initializer_list<QWidget*>{listDir, listdir2, listTrace})
         list->setFont(toolkit::FixedPitchFont());
+    listdir2->header()->setFont(QFont(font().family(), font().pointSize()));
+    listTrace->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    for (QPushButton* button : {Command22, Command29}) button->setFixedWidth(CompactWidth(*button));
+    panels->setSizes({1000, 1000});
 
     tabd->addAction(tabort2);
     tabd->addAction(tabort3);
@@ -50,6 +74,7 @@ void MainForm::PrepareLayout() {
     antal2->setForegroundRole(QPalette::HighlightedText);
     lblState->Show(QStringLiteral("Ej ansluten"));
     label7->setText(QStringLiteral("0"));
+    list2->installEventFilter(this);
     p1->installEventFilter(this);
     Text1->lineEdit()->installEventFilter(this);
     for (QPushButton* button : findChildren<QPushButton*>()) button->installEventFilter(this);
@@ -71,6 +96,15 @@ void MainForm::MDIForm_Resize() {
     local_lists->setSizes(wide ? QList{1000, 2000} : QList{1000, 1700});
 }
 
+// Size and time are as wide as they are; the name takes the rest, as long as there is one.
+void MainForm::FitFileColumns() {
+    const QFontMetrics font = list2->fontMetrics();
+    const int size = font.horizontalAdvance(QStringLiteral("1000000000")) + kBesideCells;
+    const int time = font.horizontalAdvance(QStringLiteral("2000-00-00 00:00:00")) + kBesideCells;
+    list2->setColumnWidth(0, std::max(size, list2->viewport()->width() - size - time));
+    list2->setColumnWidth(1, size);
+}
+
 // The percentage stands in the middle of the bar twice, once in the colour of each of its parts; the filled
 // part covers the one below it.
 void MainForm::PlacePercentages() {
@@ -85,6 +119,7 @@ void MainForm::keyPressEvent(QKeyEvent* event) {
 }
 
 bool MainForm::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == list2 && event->type() == QEvent::Resize) FitFileColumns();
     if (watched == p1 && event->type() == QEvent::Resize) PlacePercentages();
     if (watched == Text1->lineEdit() && event->type() == QEvent::MouseButtonRelease) Text1_Click();
     if (event->type() == QEvent::Shortcut && static_cast<QShortcutEvent*>(event)->isAmbiguous())

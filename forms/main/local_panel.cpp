@@ -30,9 +30,11 @@ bool MainForm::kolladata2(const QDateTime& file_date, const QDateTime& filter_da
 }
 
 void MainForm::Dir1_Change() {
+    // A changed pattern or path makes File1 read the folder by itself.
+    const bool as_before = File1->Pattern() == Text1->currentText() && File1->Path() == Dir1->Path();
     File1->SetPattern(Text1->currentText());
     File1->SetPath(Dir1->Path());
-    File1->Refresh();
+    if (as_before) File1->Refresh();
 
     const int mode = app::Globals().FilterMode;
     std::vector<platform::FolderEntry> listed;
