@@ -15,32 +15,23 @@
 namespace platform {
 namespace {
 
-struct SortKey {
-    QString lowered;
-    qsizetype index;
-};
-
 // Puts the items in order of name without regard to case; each name is lowered once.
-template <typename List, typename NameOf>
-void SortByName(List& items, NameOf name_of) {
-    std::vector<SortKey> keys;
-    keys.reserve(static_cast<size_t>(items.size()));
-    for (const auto& item : items) {
-        keys.push_back({name_of(item).toLower(), static_cast<qsizetype>(keys.size())});
-    }
-    const auto item = [&](const SortKey& key) -> auto& {
-        return items[static_cast<typename List::size_type>(key.index)];
+template <typename Items, typename NameOf>
+void SortByName(Items& items, NameOf name_of) {
+    struct Keyed {
+        QString lowered;
+        typename Items::value_type item;
     };
-    std::ranges::sort(keys, [&](const SortKey& a, const SortKey& b) {
-        const int order = a.lowered.compare(b.lowered);
-        return order != 0 ? order < 0 : name_of(item(a)) < name_of(item(b));
-    });
-    List sorted;
-    sorted.reserve(items.size());
-    for (const SortKey& key : keys) {
-        sorted.push_back(std::move(item(key)));
+    std::vector<Keyed> keyed;
+    keyed.reserve(static_cast<size_t>(items.size()));
+    for (auto& item : items) {
+        keyed.push_back({name_of(item).toLower(), std::move(item)});
     }
-    items = std::move(sorted);
+    std::ranges::sort(keyed, [&](const Keyed& a, const Keyed& b) {
+        const int order = a.lowered.compare(b.lowered);
+        return order != 0 ? order < 0 : name_of(a.item) < name_of(b.item);
+    });
+    std::ranges::transform(keyed, items.begin(), [](Keyed& entry) { return std::move(entry.item); });
 }
 
 FolderEntry ReadEntry(const FolderStream& stream, const dirent& entry) {
