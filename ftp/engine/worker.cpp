@@ -63,7 +63,10 @@ class Worker::Core : private Events {
 
     void Start(Request request) { asio::co_spawn(io_, Carry(std::move(request)), asio::detached); }
 
-    void AbortTransfer() { session_.AbortTransfer(); }
+    void AbortTransfer() {
+        session_.AbortTransfer();
+        room_.cancel();
+    }
     void DropSession() {
         session_.Drop();
         room_.cancel();
@@ -157,7 +160,7 @@ class Worker::Core : private Events {
     void Trouble(const Failure& failure) override { Tell(Problem{failure}); }
 
     asio::awaitable<void> Listed(std::vector<std::string> lines) override {
-        while (batches_ >= kMaxBatches && !session_.dropped) {
+        while (batches_ >= kMaxBatches && !session_.Stopping()) {
             asio::error_code woken;
             room_.expires_at(asio::steady_timer::time_point::max());
             co_await room_.async_wait(asio::redirect_error(asio::use_awaitable, woken));

@@ -90,19 +90,20 @@ class TcpStream : public Stream {
     }
 
     Task<std::size_t> Send(SourceFile& file, std::size_t limit) override {
-        while (socket_.is_open()) {
-            const ssize_t sent = ::sendfile(socket_.native_handle(), file.Handle(), nullptr, limit);
-            if (sent >= 0) co_return static_cast<std::size_t>(sent);
-            if (errno == EINTR) continue;
-            if (errno == EINVAL || errno == ENOSYS) co_return co_await SendByHand(file);
-            if (errno == EIO) co_return Fail(FailureKind::LocalOther, {}, EIO);
-            if (errno != EAGAIN) co_return Fail(FailureOf(asio::error_code(errno, asio::system_category())));
+        for (;;) {
+            // Even where there is room: a peer faster than the disk must not keep the event loop from its
+            // other work.
             asio::error_code error;
             co_await socket_.async_wait(tcp::socket::wait_write,
                                         asio::redirect_error(asio::use_awaitable, error));
             if (error) co_return Fail(FailureOf(error));
+            const ssize_t sent = ::sendfile(socket_.native_handle(), file.Handle(), nullptr, limit);
+            if (sent >= 0) co_return static_cast<std::size_t>(sent);
+            if (errno == EAGAIN || errno == EINTR) continue;
+            if (errno == EINVAL || errno == ENOSYS) co_return co_await SendByHand(file);
+            if (errno == EIO) co_return Fail(FailureKind::LocalOther, {}, EIO);
+            co_return Fail(FailureOf(asio::error_code(errno, asio::system_category())));
         }
-        co_return Fail(FailureKind::Cancelled);
     }
 
     std::size_t Unsent() const override {
@@ -165,6 +166,8 @@ class TcpListener : public Listener {
             if (error) co_return Fail(FailureOf(error));
             const auto from = socket.remote_endpoint(error);
             if (error || from.address() != peer_) continue;  // a stranger: closed by going out of scope
+            socket.non_blocking(true, error);
+            if (error) co_return Fail(FailureOf(error));
             co_return std::unique_ptr<Stream>(std::make_unique<TcpStream>(std::move(socket)));
         }
     }
@@ -219,6 +222,7 @@ class TcpTransport : public Transport {
         cancelled_ = false;
         auto endpoints = co_await LookUp(std::move(where), cancel_look_up_);
         if (!endpoints) co_return Fail(endpoints.error());
+        if (cancelled_) co_return Fail(FailureKind::Cancelled);  // while the answer was on its way here
         race_ = std::make_shared<Race>(executor_);
         const auto race = race_;
         for (const tcp::endpoint& endpoint : *endpoints) {

@@ -7,7 +7,12 @@ namespace ftp {
 Task<Reply> Session::ReceiveFinal(std::chrono::milliseconds limit) {
     for (;;) {
         auto reply = co_await control->Receive(limit);
-        if (!reply || !reply->Preliminary()) co_return reply;
+        if (reply && reply->Preliminary()) continue;
+        const bool goodbye = reply && reply->code == 421;
+        const bool late = !reply && reply.error().kind == FailureKind::TimedOut;
+        if (goodbye || late) control->Close();
+        if (goodbye) co_return Fail(RefusalOf(*reply));
+        co_return reply;
     }
 }
 
@@ -31,6 +36,10 @@ Task<> Session::Do(std::string_view verb, std::string_view argument) {
 
 void Session::AbortTransfer() {
     if (transfer != nullptr) transfer->Abort();
+}
+
+bool Session::Stopping() const {
+    return dropped || (transfer != nullptr && transfer->Aborted());
 }
 
 void Session::Drop() {

@@ -28,17 +28,21 @@ struct Session {
         : transport(transport_in), files(files_in), events(events_in), deadlines(deadlines_in) {}
 
     /// Whether a login stands (the server may have closed it since; the next exchange shows).
-    bool LoggedIn() const { return logged_in && control && control->Open(); }
+    bool LoggedIn() const { return logged_in && control; }
 
     /// Sends one command and returns its reply whatever it is; preliminary replies are read past.
     Task<Reply> Ask(std::string_view verb, std::string_view argument = {});
     /// Sends one command that must be answered 2xx; otherwise Refused.
     Task<> Do(std::string_view verb, std::string_view argument = {});
-    /// The reply that ends the oldest command under way; preliminary replies are read past.
+    /// The reply that ends the oldest command under way; preliminary replies are read past. A 421, with which
+    /// the server ends the session, is Refused. It ends the connection, and so does a reply that is late:
+    /// were it to come after all, the next command would take it for its own.
     Task<Reply> ReceiveFinal(std::chrono::milliseconds limit);
 
     /// Ends the running transfer at the next chance; nothing without one.
     void AbortTransfer();
+    /// Whether what runs is to end.
+    bool Stopping() const;
     /// Closes everything at once; what runs ends as Cancelled.
     void Drop();
     /// Close and forget this server.

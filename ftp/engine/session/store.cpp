@@ -30,6 +30,7 @@ Task<> StoreFile(Session& session, TransferMode mode, std::string local_path, st
 
     std::int64_t total = 0;
     Transfer transfer(session, mode);
+    transfer.StateSize((*source)->Size());
     auto moved = co_await transfer.Start(std::move(*command));
     if (moved) moved = co_await Push(transfer, **source, total);
     auto outcome = co_await transfer.Finish(std::move(moved));

@@ -1,6 +1,6 @@
 #include "ftp/engine/session/transfer.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace ftp {
 
@@ -29,6 +29,7 @@ Task<> Transfer::Start(Command command, std::string size_of) {
     watch_.emplace(
         *session_.control, [this](const Reply& reply) { See(reply); },
         [this] {
+            if (answered_) return;  // what it has sent may still be on its way
             refused_ = true;
             CloseData();
         });
@@ -87,11 +88,11 @@ Task<> Transfer::AskAhead(const std::string& size_of) {
         ++reply;
     }
     if (!ask_port) co_return Result<>{};
-    if (reply->code == 421) co_return Fail(RefusalOf(*reply));
     port_ = session_.habits.refuses_epsv ? ParsePasv(*reply) : ParseEpsv(*reply);
     if (port_) co_return Result<>{};
     refuses_port = true;  // for the rest of the session
-    co_return co_await AskAhead({});
+    const std::string size_is_known;
+    co_return co_await AskAhead(size_is_known);
 }
 
 Task<> Transfer::OpenData() {
@@ -108,9 +109,12 @@ Task<> Transfer::OpenActive() {
     listener_ = std::move(*listener);
     const std::string address = listener_->Address();
     const std::uint16_t port = listener_->Port();
-    auto told = co_await session_.Do("EPRT", EprtArgument(address, listener_->IsIpv6(), port));
-    if (!told && told.error().kind == FailureKind::Refused && !listener_->IsIpv6()) {
-        told = co_await session_.Do("PORT", PortArgument(address, port));
+    const bool ipv6 = listener_->IsIpv6();
+    const std::string eprt = EprtArgument(address, ipv6, port);
+    auto told = co_await session_.Do("EPRT", eprt);
+    if (!told && told.error().kind == FailureKind::Refused && !ipv6 && session_.control->Open()) {
+        const std::string classic = PortArgument(address, port);
+        told = co_await session_.Do("PORT", classic);
     }
     co_return told;
 }
@@ -139,10 +143,12 @@ Task<> Transfer::Establish() {
 
 /// A reply that arrives while the bytes move.
 void Transfer::See(const Reply& reply) {
+    if (answered_) return;  // what follows the answer is not about this transfer
     if (reply.Preliminary() && !stated_ && mode_.image) {
         stated_ = ParseTransferSize(reply);
         if (stated_) session_.events.TransferStarted(stated_);
     }
+    answered_ = !reply.Preliminary();
     if (reply.Refused()) {
         refused_ = true;
         CloseData();  // nobody will take or send more
@@ -155,7 +161,7 @@ void Transfer::Moved(std::int64_t bytes) {
 }
 
 void Transfer::Abort() {
-    aborted_ = true;
+    if (ending_ || std::exchange(aborted_, true)) return;
     CloseData();
     if (session_.control) session_.control->Interrupt();
 }
@@ -182,10 +188,11 @@ Task<> Transfer::Finish(Result<> moved) {
         if (session_.dropped) co_return Fail(FailureKind::Cancelled);
         if (!aborted_) {
             if (!reply) co_return Fail(reply.error());
-            if (reply->Refused()) co_return Fail(RefusalOf(*reply));
+            if (!reply->Completed()) co_return Fail(RefusalOf(*reply));
             co_return moved;
         }
     }
+    ending_ = true;
     CloseData();
     const auto in_step = co_await BackInStep();
     if (!in_step) session_.control->Close();
@@ -199,9 +206,12 @@ Task<> Transfer::Finish(Result<> moved) {
 Task<Reply> Transfer::AwaitFinal() {
     for (;;) {
         const std::size_t unsent = data_ ? data_->Unsent() : 0;
-        auto reply = co_await session_.ReceiveFinal(session_.deadlines.reply);
+        auto reply = co_await session_.control->Receive(session_.deadlines.reply);
+        const bool late = !reply && reply.error().kind == FailureKind::TimedOut;
         const bool moving = data_ && data_->Unsent() < unsent;
-        if (reply || reply.error().kind != FailureKind::TimedOut || !moving) co_return reply;
+        if ((late && moving) || (reply && reply->Preliminary())) continue;
+        if (late) session_.control->Close();
+        co_return reply;
     }
 }
 

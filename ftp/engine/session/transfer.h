@@ -33,7 +33,9 @@ class Transfer {
     /// call.
     Task<> Start(Command command, std::string size_of = {});
     Stream& Data() { return *data_; }
-    /// The size that the server has stated, so far.
+    /// The size of an upload, before Start.
+    void StateSize(std::int64_t size) { stated_ = size; }
+    /// The size of a download that the server has stated, so far.
     std::optional<std::int64_t> StatedSize() const { return stated_; }
     /// Something moved: `bytes` in all.
     void Moved(std::int64_t bytes);
@@ -43,6 +45,7 @@ class Transfer {
 
     /// From outside, at any time: ends the transfer; Finish then says Cancelled.
     void Abort();
+    bool Aborted() const { return aborted_; }
     void CloseData();
 
  private:
@@ -64,8 +67,10 @@ class Transfer {
     std::optional<Deadline> silence_;
     std::optional<std::int64_t> stated_;
     bool commanded_ = false;  // the transfer command has left
-    bool refused_ = false;    // the server has said no, or goodbye
-    bool aborted_ = false;
+    bool answered_ = false;   // the server has said how it went
+    bool refused_ = false;    // it has said no, or it has gone
+    bool aborted_ = false;    // by the user
+    bool ending_ = false;     // there is nothing left to abort
 };
 
 }  // namespace ftp

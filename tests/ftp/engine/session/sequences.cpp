@@ -1,0 +1,195 @@
+#include "tests/ftp/engine/session/sequences.h"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+
+#include "ftp/engine/session/files.h"
+#include "ftp/engine/session/list.h"
+#include "ftp/engine/session/login.h"
+#include "ftp/engine/session/quit.h"
+#include "ftp/engine/session/retrieve.h"
+#include "ftp/engine/session/store.h"
+
+namespace ftp_test {
+namespace {
+
+constexpr char kOld[] = "what was here before";
+constexpr char kSource[] = "uploaded";
+
+Steps operator+(Steps first, const Steps& then) {
+    first.insert(first.end(), then.begin(), then.end());
+    return first;
+}
+
+// Pieces of scripts.
+const Steps kGreeting{Connects(), Reply("220 Welcome")};
+const Steps kName{Command("USER anna"), Reply("331 And the password?")};
+const Steps kPassword{Command("PASS hemligt"), Reply("230 Logged in")};
+const Steps kPrepared{Command("FEAT"),         Optional("211-Features\r\n SIZE\r\n UTF8\r\n211 End"),
+                      Command("OPTS UTF8 ON"), Optional("200 UTF8"),
+                      Command("TYPE I"),       Optional("200 Image")};
+const Steps kTooEarly{Command("FEAT"),           Reply("530 Log in first"), Command("OPTS UTF8 ON"),
+                      Reply("530 Log in first"), Command("TYPE I"),         Reply("530 Log in first")};
+const Steps kAccount{Command("ACCT konto"), Reply("230 Logged in")};
+const Steps kImage{Command("TYPE I"), Reply("200 Image")};
+const Steps kEpsv{Command("EPSV"), Reply("229 Here (|||5000|)"), DataConnects(5000)};
+const Steps kNoEpsv{Command("EPSV"), Reply("502 What?")};
+const Steps kPasv{Command("PASV"), Reply("227 Here (10,1,2,3,19,136)"), DataConnects(5000)};
+const Steps kNoPasv{Command("PASV"), Reply("502 What?")};
+const Steps kEprt{Command("EPRT |1|127.0.0.1|5001|"), Reply("200 Fine")};
+const Steps kNoEprt{Command("EPRT |1|127.0.0.1|5001|"), Reply("502 What?")};
+const Steps kPort{Command("PORT 127,0,0,1,19,137"), Reply("200 Fine")};
+const Steps kList{Command("LIST"), Reply("150 Coming")};
+const Steps kRows{Sends("first\r\nsec"), Sends("ond\nthird"), Ends(), Reply("226 Done")};
+const std::string kGotRows = "first|second|third|";
+
+ftp::Task<> LogIn(Stage& stage) {
+    return ftp::Login(stage.session, {"host", 21}, {"anna", "hemligt", "konto"});
+}
+ftp::Task<> List(Stage& stage) {
+    return ftp::ListDirectory(stage.session, {});
+}
+ftp::Task<> ListActively(Stage& stage) {
+    return ftp::ListDirectory(stage.session, {.passive = false});
+}
+ftp::Task<> Retrieve(Stage& stage) {
+    return ftp::RetrieveFile(stage.session, {}, "fil.txt", stage.scratch.Path("target"));
+}
+ftp::Task<> RetrieveText(Stage& stage) {
+    return ftp::RetrieveFile(stage.session, {.image = false}, "fil.txt", stage.scratch.Path("target"));
+}
+ftp::Task<> Store(Stage& stage) {
+    return ftp::StoreFile(stage.session, {}, stage.scratch.Path("source"), "fil.txt");
+}
+ftp::Task<> Quit(Stage& stage) {
+    co_await ftp::QuitSession(stage.session);
+    co_return ftp::Result<>{};
+}
+
+std::vector<Sequence> Logins() {
+    const Steps whole = kGreeting + kName + kPassword + kPrepared;
+    const Steps slow_greeting{Connects(), Reply("120 In a minute"),
+                              Reply("220-Welcome\r\n 220 no\r\n220 Now")};
+    const Steps no_password{Command("USER anna"), Reply("230 Logged in"), Command("PASS hemligt"),
+                            Optional("503 You are")};
+    const Steps account_first{Command("USER anna"), Reply("332 And the account?"), Command("PASS hemligt"),
+                              Reply("503 Not now")};
+    const Steps account_too{Command("PASS hemligt"), Reply("332 And the account?")};
+    const Steps one_by_one{Command("USER anna"), Reply("503 One at a time")};
+    return {
+        {"login", true, whole, LogIn, {}},
+        {"login_after_120", true, slow_greeting + kName + kPassword + kPrepared, LogIn, {}},
+        {"login_without_password", true, kGreeting + no_password + kPrepared, LogIn, {}},
+        {"login_account_first",
+         true,
+         kGreeting + account_first + kTooEarly + kAccount + kPrepared,
+         LogIn,
+         {}},
+        {"login_account_too",
+         true,
+         kGreeting + kName + account_too + kTooEarly + kAccount + kPrepared,
+         LogIn,
+         {}},
+        {"login_one_by_one", true, kGreeting + one_by_one + whole, LogIn, {}},
+        {"login_hung_up", true, kGreeting + kName + Steps{HangsUp()} + whole, LogIn, {}},
+    };
+}
+
+std::vector<Sequence> Transfers() {
+    const Steps size{Command("SIZE fil.txt"), Reply("213 10")};
+    const Steps no_size{Command("SIZE fil.txt"), Reply("500 What?")};
+    const Steps retrieve{Command("RETR fil.txt"), Reply("150 Coming"), Sends("0123"), Sends("456789"), Ends(),
+                         Reply("226 Done")};
+    const Steps early_end{Command("RETR fil.txt"), Reply("150 Coming (10 bytes)"),
+                          Sends("0123"),           Reply("226 Done"),
+                          Sends("456789"),         Ends()};
+    const Steps store{Command("STOR fil.txt"), Reply("150 Waiting"), Takes("uplo"),
+                      Takes("aded"),           TakesEnd(),           Reply("226 Done")};
+    const Steps text{Command("TYPE A"), Reply("200 Text")};
+    return {
+        {"list", false, kImage + kEpsv + kList + kRows, List, kGotRows},
+        {"list_empty", false, kImage + kEpsv + kList + Steps{Ends(), Reply("226 Done")}, List, {}},
+        {"list_pasv", false, kImage + kNoEpsv + kPasv + kList + kRows, List, kGotRows},
+        {"list_eprt", false, kImage + kEprt + kList + Steps{DataCalls()} + kRows, ListActively, kGotRows},
+        {"list_port", false,
+         kImage + kNoEpsv + kNoPasv + kNoEprt + kPort + kList + Steps{DataCalls()} + kRows, List, kGotRows},
+        {"retrieve", false, kImage + size + kEpsv + retrieve, Retrieve, "0123456789"},
+        {"retrieve_without_size", false, kImage + no_size + kEpsv + retrieve, Retrieve, "0123456789"},
+        {"retrieve_confirmed_early", false, kImage + size + kEpsv + early_end, Retrieve, "0123456789"},
+        {"retrieve_text", false, text + kEpsv + retrieve, RetrieveText, "0123456789"},
+        {"store", false, kImage + kEpsv + store, Store, {}},
+        {"store_twice",
+         false,
+         kImage + kEpsv + store + kEpsv + store,
+         [](Stage& stage) -> ftp::Task<> {
+             const auto first = co_await Store(stage);
+             if (!first) co_return first;
+             co_return co_await Store(stage);
+         },
+         {}},
+    };
+}
+
+Sequence OneCommand(const std::string& name, const std::string& line, Stage::Sequence run) {
+    return {name, false, {Command(line), Reply("250-Well\r\n250 done")}, std::move(run), {}};
+}
+
+std::vector<Sequence> Others() {
+    const Steps rename{Command("RNFR old name"), Reply("350 To what?"), Command("RNTO -new"),
+                       Reply("250 Done")};
+    const auto named = [](auto operation, std::string name) {
+        return [=](Stage& stage) { return operation(stage.session, name); };
+    };
+    return {
+        OneCommand("change_directory", "CWD a b", named(ftp::ChangeDirectoryTo, "a b")),
+        OneCommand("change_to_parent", "CWD ..",
+                   [](Stage& stage) { return ftp::ChangeToParentDirectory(stage.session); }),
+        OneCommand("make_directory", "MKD -x", named(ftp::MakeDirectoryNamed, "-x")),
+        OneCommand("remove_directory", "RMD \xE5", named(ftp::RemoveDirectoryNamed, "\xE5")),
+        OneCommand("delete_file", "DELE \xFF\xFF", named(ftp::DeleteFileNamed, "\xFF")),
+        {"rename",
+         false,
+         rename,
+         [](Stage& stage) { return ftp::Rename(stage.session, "old name", "-new"); },
+         {}},
+        {"quit", false, {Command("QUIT"), Reply("221 Goodbye.")}, Quit, {}, true},
+    };
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& out, const Sequence& sequence) {
+    return out << sequence.name;
+}
+
+const std::vector<Sequence>& Sequences() {
+    static const std::vector<Sequence> all = [] {
+        std::vector<Sequence> sequences = Logins();
+        for (auto&& more : {Transfers(), Others()})
+            sequences.insert(sequences.end(), more.begin(), more.end());
+        return sequences;
+    }();
+    return all;
+}
+
+Setting::Setting(const Sequence& sequence)
+    : sequence_(sequence), stage_(sequence.logs_in ? sequence.steps : kGreeting + sequence.steps) {
+    stage_.scratch.Write("source", kSource);
+    stage_.scratch.Write("target", kOld);
+    EXPECT_TRUE(sequence.logs_in || stage_.LogIn());
+}
+
+ftp::Result<> Setting::Run(Play play) {
+    stage_.script.Follow(std::move(play));
+    return stage_.Run(sequence_.run);
+}
+
+void Setting::ExpectTidy(bool succeeded) const {
+    const bool retrieved = succeeded && sequence_.name.starts_with("retrieve");
+    EXPECT_EQ(stage_.scratch.Names(), (std::vector<std::string>{"source", "target"}));
+    EXPECT_EQ(stage_.scratch.Read("source"), kSource);
+    EXPECT_EQ(stage_.scratch.Read("target"), retrieved ? sequence_.got : kOld);
+}
+
+}  // namespace ftp_test
