@@ -58,13 +58,15 @@ void MainForm::PrepareLayout() {
     toolkit::ShareSelection(*List1, *list2);
     listdir2->setModel(server_lines_);
     toolkit::ShareSelection(*listDir, *listdir2);
-    for (toolkit::ListView* list : {list2, listdir2}) list->setItemDelegate(new RoomyRows(list));
+    for (auto* list : std::initializer_list<QTreeView*>{list2, listdir2})
+        list->setItemDelegate(new RoomyRows(list));
     for (QWidget* list : std::initializer_list<QWidget*>{listDir, listdir2, listTrace})
         list->setFont(toolkit::FixedPitchFont());
     listdir2->header()->setFont(QFont(font().family(), font().pointSize()));
     listTrace->setSelectionMode(QAbstractItemView::ExtendedSelection);
     for (QPushButton* button : {Command22, Command29}) button->setFixedWidth(CompactWidth(*button));
-    panels->setSizes({1000, 1000});
+    panels->setSizes({1000, 1250});
+    workspace->setSizes({1000, 220});
 
     tabd->addAction(tabort2);
     tabd->addAction(tabort3);
@@ -73,8 +75,8 @@ void MainForm::PrepareLayout() {
     p2->SetWidth(0);
     antal2->setForegroundRole(QPalette::HighlightedText);
     lblState->Show(QStringLiteral("Ej ansluten"));
-    label7->setText(QStringLiteral("0"));
-    list2->installEventFilter(this);
+    label7->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("1000000000")));
+    list2->viewport()->installEventFilter(this);
     p1->installEventFilter(this);
     Text1->lineEdit()->installEventFilter(this);
     for (QPushButton* button : findChildren<QPushButton*>()) button->installEventFilter(this);
@@ -119,7 +121,7 @@ void MainForm::keyPressEvent(QKeyEvent* event) {
 }
 
 bool MainForm::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == list2 && event->type() == QEvent::Resize) FitFileColumns();
+    if (watched == list2->viewport() && event->type() == QEvent::Resize) FitFileColumns();
     if (watched == p1 && event->type() == QEvent::Resize) PlacePercentages();
     if (watched == Text1->lineEdit() && event->type() == QEvent::MouseButtonRelease) Text1_Click();
     if (event->type() == QEvent::Shortcut && static_cast<QShortcutEvent*>(event)->isAmbiguous())
