@@ -1,0 +1,77 @@
+#pragma once
+// One client's session with a scripted server. Lives on a thread of its own.
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "tests/support/scripted_world.h"
+#include "tests/support/socket.h"
+
+namespace ftp_test {
+
+class ScriptedSession {
+ public:
+    ScriptedSession(ScriptedWorld& world, Socket control);
+    /// Obeys commands until the client leaves, a script ends the session or the server goes.
+    void Run();
+
+    // What scripts are made of; see the steps of the same names.
+    Next Proper();
+    Next Say(const std::string& line) { return Raw(WithPorts(line) + "\r\n"); }
+    Next Raw(const std::string& bytes) { return Write(control_, bytes); }
+    Next Pause(std::chrono::milliseconds duration);
+    Next Hold();
+    Next Stall();
+    Next Close();
+    Next Reset();
+    Next ListenData(int backlog = 4);
+    Next RefuseData();
+    Next BlockData();
+    Next OpenData();
+    Next SendData(const std::string& bytes);
+    Next TakeData(std::size_t bytes, std::string* taken = nullptr);
+    Next CloseData();
+    Next ResetData();
+
+ private:
+    struct Proceedings;  // which command is answered how
+
+    std::optional<std::string> ReadCommand();
+    Next Obey(const std::string& command);
+    /// Waits until `descriptor` is ready, -1: for nothing but an interruption. Reads what the client says
+    /// meanwhile.
+    Next Wait(int descriptor, short events, int timeout_ms = -1);
+    bool ReadControl();
+    bool InterruptionWaits() const;
+    Next Write(const Socket& socket, const std::string& bytes);
+    std::string WithPorts(std::string line) const;
+    Next Transfer(const std::string& bytes);
+
+    // The proper answers.
+    Next Feat();
+    Next Port();
+    Next Eprt();
+    Next Epsv();
+    Next Pasv();
+    Next List();
+    Next Retr();
+    Next Stor();
+    Next Size();
+    Next Dele();
+    Next Rnfr();
+    Next Rnto();
+    Next Mkd();
+    Next Abor();
+    Next Quit();
+
+    ScriptedWorld& world_;
+    Socket control_, listener_, data_, blocker_;
+    std::optional<Endpoint> active_;  // where PORT or EPRT told to connect
+    std::string input_;               // received, not yet obeyed
+    std::string verb_, argument_;     // of the command being obeyed
+    std::string rename_from_;
+    bool in_transfer_ = false;  // a transfer was broken off by the command that comes next
+};
+
+}  // namespace ftp_test
