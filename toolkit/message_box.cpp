@@ -11,6 +11,7 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
+#include "toolkit/pictures.h"
 #include "toolkit/wrapped_label.h"
 
 namespace toolkit {
@@ -21,7 +22,7 @@ class Box : public QDialog {
  public:
     Box(QWidget* parent, const QString& name, const QString& title)
         : QDialog(parent ? parent->window() : nullptr,
-                  Qt::Dialog | Qt::WindowTitleHint | Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint) {
+                  Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint | Qt::WindowCloseButtonHint) {
         setObjectName(name);
         setWindowTitle(title);
         setWindowModality(Qt::ApplicationModal);
@@ -34,10 +35,10 @@ class Box : public QDialog {
         rows_->setSizeConstraint(QLayout::SetFixedSize);
     }
 
-    void AddPicture(QStyle::StandardPixmap picture) {
+    void AddPicture(const QIcon& picture) {
         auto* label = new QLabel(this);
         const int extent = style()->pixelMetric(QStyle::PM_MessageBoxIconSize);
-        label->setPixmap(style()->standardIcon(picture).pixmap(QSize(extent, extent), devicePixelRatioF()));
+        label->setPixmap(picture.pixmap(QSize(extent, extent), devicePixelRatioF()));
         message_->addWidget(label, 0, Qt::AlignTop);
     }
 
@@ -47,7 +48,7 @@ class Box : public QDialog {
         message_->setSpacing(14);
         const int highest = screen()->availableGeometry().height() / 2;
         if (label->sizeHint().height() <= highest) {
-            message_->addWidget(label, 1, Qt::AlignVCenter);
+            message_->addWidget(label, 1, Qt::AlignLeft | Qt::AlignVCenter);
             return;
         }
         auto* area = new QScrollArea(this);
@@ -93,7 +94,7 @@ bool Ask(const QPointer<Box>& box) {
 
 Answer MsgBox(QWidget* parent, const QString& text, Buttons buttons, Icon icon, const QString& title) {
     const QPointer<Box> box = new Box(parent, QStringLiteral("MsgBox"), title);
-    if (icon == Icon::Information) box->AddPicture(QStyle::SP_MessageBoxInformation);
+    if (icon == Icon::Information) box->AddPicture(InformationPicture());
     box->AddText(text);
     if (buttons == Buttons::Ok) {
         box->AddButton(QStringLiteral("&OK"), QStringLiteral("cmdOk"), QDialog::Accepted);

@@ -28,4 +28,8 @@ QIcon OpenFolderPicture() {
     return Picture(QStringLiteral("folder_open.svg"));
 }
 
+QIcon InformationPicture() {
+    return Picture(QStringLiteral("information.svg"));
+}
+
 }  // namespace toolkit

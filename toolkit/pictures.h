@@ -1,5 +1,5 @@
 #pragma once
-// The pictures of the drive and folder lists. UI thread only.
+// The pictures of the drive and folder lists and of the message box. UI thread only.
 
 #include <QIcon>
 
@@ -8,5 +8,6 @@ namespace toolkit {
 QIcon DrivePicture();
 QIcon FolderPicture();
 QIcon OpenFolderPicture();
+QIcon InformationPicture();
 
 }  // namespace toolkit

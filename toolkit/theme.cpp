@@ -1,10 +1,35 @@
 #include "toolkit/theme.h"
 
 #include <QPalette>
-#include <QStyleFactory>
+#include <QProxyStyle>
 
 namespace toolkit {
 namespace {
+
+constexpr int kAirInRow = 4;  // pixels
+
+class Style : public QProxyStyle {
+ public:
+    Style() : QProxyStyle(QStringLiteral("Fusion")) {}
+
+    QSize sizeFromContents(ContentsType type, const QStyleOption* option, const QSize& contents,
+                           const QWidget* widget) const override {
+        QSize size = QProxyStyle::sizeFromContents(type, option, contents, widget);
+        if (type == CT_ItemViewItem) size.rheight() += kAirInRow;
+        return size;
+    }
+
+    int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override {
+        return QProxyStyle::pixelMetric(metric == PM_ListViewIconSize ? PM_SmallIconSize : metric, option,
+                                        widget);
+    }
+
+    // A picture keeps its colours where its row is selected.
+    QPixmap generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap,
+                                const QStyleOption* option) const override {
+        return mode == QIcon::Selected ? pixmap : QProxyStyle::generatedIconPixmap(mode, pixmap, option);
+    }
+};
 
 struct Colours {
     QRgb window, base, alternate, button, tip;
@@ -16,9 +41,9 @@ constexpr Colours kLight{0xfff2f4f7, 0xffffffff, 0xfff6f8fa, 0xfff7f8fa, 0xfffff
                          0xff1a1f26, 0xff8b939d, 0xff6f7883, 0xff1f6bb5, 0xffffffff, 0xffb9c3ce,
                          0xff1259a3, 0xffffffff, 0xffe6eaef, 0xffb4bcc6, 0xff98a1ac, 0xff6d7580};
 
-constexpr Colours kDark{0xff262a30, 0xff1c1f24, 0xff22262b, 0xff343a42, 0xff3a4048,  //
-                        0xffe7eaee, 0xff7d8691, 0xff98a1ac, 0xff2a72bb, 0xffffffff, 0xff47505b,
-                        0xff7db8f5, 0xff4a525c, 0xff3d444d, 0xff565f6a, 0xff17191d, 0xff0e1013};
+constexpr Colours kDark{0xff30353c, 0xff191c20, 0xff20242a, 0xff424953, 0xff3a4048,  //
+                        0xffe9ecf0, 0xff939ba6, 0xff98a1ac, 0xff2a72bb, 0xffffffff, 0xff4c5561,
+                        0xff7db8f5, 0xff565f6a, 0xff474f59, 0xff626c78, 0xff1b1e22, 0xff0e1013};
 
 QPalette PaletteOf(const Colours& colours) {
     QPalette palette;
@@ -61,7 +86,7 @@ bool DesktopIsDark() {
 
 void ApplyTheme(QApplication& application) {
     const Colours& colours = DesktopIsDark() ? kDark : kLight;
-    application.setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    application.setStyle(new Style);
     application.setPalette(PaletteOf(colours));
 }
 

@@ -10,6 +10,11 @@
 namespace toolkit {
 
 constexpr int kManyRows = 100'000;
+#ifdef __SANITIZE_ADDRESS__
+constexpr int kMillisecondsForManyRows = 8000;
+#else
+constexpr int kMillisecondsForManyRows = 2000;
+#endif
 
 inline QStringList Lines(int count) {
     QStringList lines;
