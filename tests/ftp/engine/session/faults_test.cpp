@@ -6,7 +6,7 @@
 
 #include "tests/ftp/engine/session/sequences.h"
 
-namespace ftp_test {
+namespace ftp_script {
 namespace {
 
 using ftp::FailureKind;
@@ -149,4 +149,4 @@ TEST_P(FaultTest, DataStallsAndTheSessionSurvives) {
 }
 
 }  // namespace
-}  // namespace ftp_test
+}  // namespace ftp_script

@@ -6,7 +6,7 @@
 #include <asio/use_awaitable.hpp>
 #include <utility>
 
-namespace ftp_test {
+namespace ftp_script {
 namespace {
 
 using ftp::FailureKind;
@@ -338,4 +338,4 @@ void Script::AnswerFreely() {
     }
 }
 
-}  // namespace ftp_test
+}  // namespace ftp_script

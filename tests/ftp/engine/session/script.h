@@ -13,7 +13,7 @@
 
 #include "ftp/engine/net/stream.h"
 
-namespace ftp_test {
+namespace ftp_script {
 
 struct Step {
     enum class Kind {
@@ -148,4 +148,4 @@ class Script : public ftp::Transport {
     asio::steady_timer connecting_;
 };
 
-}  // namespace ftp_test
+}  // namespace ftp_script

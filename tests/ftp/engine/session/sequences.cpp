@@ -11,7 +11,7 @@
 #include "ftp/engine/session/retrieve.h"
 #include "ftp/engine/session/store.h"
 
-namespace ftp_test {
+namespace ftp_script {
 namespace {
 
 constexpr char kOld[] = "what was here before";
@@ -192,4 +192,4 @@ void Setting::ExpectTidy(bool succeeded) const {
     EXPECT_EQ(stage_.scratch.Read("target"), retrieved ? sequence_.got : kOld);
 }
 
-}  // namespace ftp_test
+}  // namespace ftp_script

@@ -8,7 +8,7 @@
 
 #include "tests/ftp/engine/session/stage.h"
 
-namespace ftp_test {
+namespace ftp_script {
 
 struct Sequence {
     std::string name;
@@ -37,4 +37,4 @@ class Setting {
     Stage stage_;
 };
 
-}  // namespace ftp_test
+}  // namespace ftp_script

@@ -10,7 +10,7 @@
 
 #include "ftp/engine/session/files.h"
 
-namespace ftp_test {
+namespace ftp_script {
 namespace {
 
 namespace fs = std::filesystem;
@@ -103,4 +103,4 @@ void Stage::ExpectInStepOrClosed() {
     EXPECT_TRUE(outcome || !Open()) << "failed, but the session is open";
 }
 
-}  // namespace ftp_test
+}  // namespace ftp_script

@@ -11,7 +11,7 @@
 #include "ftp/engine/session/session.h"
 #include "tests/ftp/engine/session/script.h"
 
-namespace ftp_test {
+namespace ftp_script {
 
 /// A folder of its own, removed with what is in it.
 class Scratch {
@@ -75,4 +75,4 @@ class Stage {
     ftp::Session session;
 };
 
-}  // namespace ftp_test
+}  // namespace ftp_script
