@@ -2,7 +2,8 @@
 //
 //   client HOST[:PORT] [login | list [FOLDER] | get NAME LOCAL | put LOCAL NAME]...
 //
-// Logs in as demo/demo, carries out the commands, prints the milliseconds of each, exits non-zero when one failed.
+// Logs in as demo/demo, carries out the commands, prints the milliseconds of each, exits non-zero when one
+// failed.
 
 #include <chrono>
 #include <cstdio>

@@ -1,6 +1,6 @@
-// A long-distance link between two network namespaces: packets read from a TUN device in one leave through a TUN
-// device in the other after a delay, at a rate, and not all of them if loss is asked for. Real TCP stacks stand at both
-// ends, so that a round trip costs what it costs. Needs root.
+// A long-distance link between two network namespaces: packets read from a TUN device in one leave through a
+// TUN device in the other after a delay, at a rate, and not all of them if loss is asked for. Real TCP stacks
+// stand at both ends, so that a round trip costs what it costs. Needs root.
 //
 //   link CLIENT_NAMESPACE SERVER_NAMESPACE ONE_WAY_DELAY_MS [RATE_MBIT [LOSS_PERCENT]]
 //
@@ -73,7 +73,8 @@ class Direction {
     Clock::time_point PassOn() {
         while (!queue_.empty() && queue_.front().due <= Clock::now()) {
             const std::vector<char>& packet = queue_.front().bytes;
-            [[maybe_unused]] const ssize_t put = write(to_, packet.data(), packet.size());  // a full device is a loss
+            [[maybe_unused]] const ssize_t put =
+                write(to_, packet.data(), packet.size());  // a full device is a loss
             queue_.pop_front();
         }
         return queue_.empty() ? Clock::time_point::max() : queue_.front().due;
@@ -98,7 +99,9 @@ class Direction {
 
 int main(int count, char** arguments) {
     if (count < 4) {
-        std::fprintf(stderr, "usage: link CLIENT_NAMESPACE SERVER_NAMESPACE ONE_WAY_DELAY_MS [RATE_MBIT [LOSS_PERCENT]]\n");
+        std::fprintf(
+            stderr,
+            "usage: link CLIENT_NAMESPACE SERVER_NAMESPACE ONE_WAY_DELAY_MS [RATE_MBIT [LOSS_PERCENT]]\n");
         return 2;
     }
     const double rate = count > 4 ? std::atof(arguments[4]) : 0;
@@ -114,7 +117,8 @@ int main(int count, char** arguments) {
     for (;;) {
         const auto next = std::min(up.PassOn(), down.PassOn());
         std::array<pollfd, 2> waiting{{{up.From(), POLLIN, 0}, {down.From(), POLLIN, 0}}};
-        const auto wait = std::max(nanoseconds(0), std::min<nanoseconds>(next - Clock::now(), std::chrono::seconds(1)));
+        const auto wait =
+            std::max(nanoseconds(0), std::min<nanoseconds>(next - Clock::now(), std::chrono::seconds(1)));
         const timespec limit{0, static_cast<long>(std::min<long>(wait.count(), 999'999'999))};
         ppoll(waiting.data(), waiting.size(), &limit, nullptr);
         up.TakeIn();

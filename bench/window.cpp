@@ -1,8 +1,10 @@
 // The real main window, measured from the inside with real mouse and key events.
 //
-//   window server HOST:PORT    milliseconds from the click on "&Uppdatera" to painted rows, and the longest stall of the
+//   window server HOST:PORT    milliseconds from the click on "&Uppdatera" to painted rows, and the longest
+//   stall of the
 //                              UI thread meanwhile; demo/demo's home folder holds the files
-//   window local FOLDER        milliseconds from opening the folder to painted rows, and from Ctrl+A to the title
+//   window local FOLDER        milliseconds from opening the folder to painted rows, and from Ctrl+A to the
+//   title
 
 #include <QAbstractEventDispatcher>
 #include <QApplication>
@@ -32,7 +34,8 @@ T* Find(const QString& form, const QString& name) {
 }
 
 void Until(const std::function<bool()>& done) {
-    while (!done()) QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 20);
+    while (!done())
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 20);
 }
 
 void Click(QWidget* button) {
