@@ -1,0 +1,94 @@
+#include "tests/forms/connection/connection_dialog.h"
+
+using toolkit_test::ExpectBox;
+
+namespace forms {
+namespace {
+
+using Window = ConnectionDialog;
+
+TEST_F(Window, OpenItDisablesTheMainWindowAndStandsInTheMiddle) {
+    Open();
+    EXPECT_EQ(dialog_.objectName(), "frmConnection");
+    EXPECT_EQ(dialog_.windowTitle(), "Kontakta FTP-Server");
+    EXPECT_FALSE(window_.isEnabled());
+    EXPECT_EQ(dialog_.windowHandle()->transientParent(), window_.windowHandle());
+    const QPoint off = dialog_.frameGeometry().center() - dialog_.screen()->availableGeometry().center();
+    EXPECT_LE(off.manhattanLength(), 40);  // the window manager's frame comes later
+}
+
+TEST_F(Window, EscapeClosesItAndEnablesTheMainWindow) {
+    Open();
+    QTest::keyClick(&dialog_, Qt::Key_Escape);
+    EXPECT_FALSE(dialog_.isVisible());
+    EXPECT_TRUE(window_.isEnabled());
+    EXPECT_FALSE(app::Globals().SessionOpen);
+}
+
+TEST_F(Window, ItsCloseBoxClosesIt) {
+    Open();
+    dialog_.close();
+    EXPECT_FALSE(dialog_.isVisible());
+    EXPECT_TRUE(window_.isEnabled());
+    EXPECT_EQ(dialog_.windowHandle()->transientParent(), nullptr);
+}
+
+TEST_F(Window, NothingIsClipped) {
+    Open();
+    for (const QWidget* control : dialog_.findChildren<QWidget*>()) {
+        if (!qobject_cast<const QLabel*>(control) && !qobject_cast<const QPushButton*>(control)) continue;
+        const int needed = control->maximumWidth() < control->sizeHint().width()
+                               ? control->maximumWidth()
+                               : control->sizeHint().width();
+        EXPECT_GE(control->width(), needed) << qUtf8Printable(control->objectName());
+        EXPECT_GE(control->height(), control->minimumSizeHint().height())
+            << qUtf8Printable(control->objectName());
+    }
+}
+
+TEST_F(Window, ThePasswordIsHiddenUntilItIsAskedFor) {
+    Open();
+    const auto& password = Get<QLineEdit>("txtPassword");
+    Type("txtPassword", "hemlig");
+    EXPECT_EQ(password.displayText(), QString(6, password.displayText().front()));
+    auto* eye = password.findChild<QAbstractButton*>();
+    ASSERT_TRUE(eye);
+    QTest::mouseClick(eye, Qt::LeftButton);
+    EXPECT_EQ(password.displayText(), "hemlig");
+    QTest::mouseClick(eye, Qt::LeftButton);
+    EXPECT_NE(password.displayText(), "hemlig");
+}
+
+struct HelpText {
+    const char* button;
+    QString title, text;
+};
+
+class Help : public ConnectionDialog, public ::testing::WithParamInterface<HelpText> {};
+
+TEST_P(Help, StandsInABox) {
+    Open();
+    ExpectBox box(GetParam().title, GetParam().text, "cmdOk");
+    ClickOn(GetParam().button);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Fields, Help,
+    ::testing::Values(
+        HelpText{"Command2", "FTP-värd",
+                 "FTP-värd är den Server som du vill koppla upp dig mot, ex. ftp.example.com, "
+                 "ftp.example.net, ftp.example.org, home.example.com, upload.example.net."},
+        HelpText{"Command3", "Användarnamn",
+                 "Användarnamnet är ofta detsamma som E-postadressens 'förnamn', ex. om du har E-posten "
+                 "anna.berg@example.com så är användarnamnet anna.berg, har du kalle@example.net är "
+                 "användarnamnet kalle o.s.v Om du är osäker - kontakta din Internetleverantör!"},
+        HelpText{"Command4", "Lösenord",
+                 "Lösenordet är den hemliga kod som måste godkännas av FTP-servern varje gång du 'loggar "
+                 "in'. Om du är osäker kontakta din Internetleverantör!"},
+        HelpText{"Command5", "Konto",
+                 "Konto-fältet behöver du vanligtvis inte bry dig om, men om du har ett speciellt konto på "
+                 "en FTP-server så kan du behöva fylla i information även här, kontakta din "
+                 "Internetleverantör om du är osäker!"}));
+
+}  // namespace
+}  // namespace forms
