@@ -35,6 +35,9 @@ Task<> DeleteFileNamed(Session& session, std::string name) {
 Task<> Rename(Session& session, std::string from, std::string to) {
     if (!session.LoggedIn()) co_return Fail(FailureKind::NotConnected);
     if (from.empty() || to.empty()) co_return Fail(FailureKind::BadArgument);
+    const auto possible =
+        MakeCommand("RNTO", to);  // a server that waits for the new name is not to be let down
+    if (!possible) co_return Fail(possible.error());
     const auto source = co_await session.Ask("RNFR", from);
     if (!source) co_return Fail(source.error());
     if (!source->Intermediate()) co_return Fail(RefusalOf(*source));  // 350 is the only way on

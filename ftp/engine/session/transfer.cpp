@@ -136,6 +136,8 @@ Task<> Transfer::Establish() {
     }
     if (deadline.Expired()) co_return Fail(FailureKind::TimedOut);
     if (!stands) co_return stands;
+    if (session_.Stopping() || refused_)
+        co_return Fail(FailureKind::Cancelled);  // called off as it was accepted
     session_.events.TransferStarted(stated_);
     silence_.emplace(session_.transport.Executor(), session_.deadlines.data, [this] { CloseData(); });
     co_return Result<>{};

@@ -155,11 +155,16 @@ void Script::Follow(Play play) {
     start_ = next_;
     if (control_) {
         control_->piece = play_.piece;
-        Advance();
+        if (play_.call_at != 0) Advance();  // nobody calls before the sequence has begun
     }
 }
 
 Script::~Script() = default;
+
+void Script::Interject(const std::string& bytes) {
+    control_->to_client += bytes;
+    control_->moved.cancel();
+}
 
 ftp::Task<std::unique_ptr<ftp::Stream>> Script::ConnectControl(ftp::HostAndPort) {
     cancelled_ = false;

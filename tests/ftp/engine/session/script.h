@@ -91,6 +91,9 @@ class Script : public ftp::Transport {
 
     /// How the steps from here on are played.
     void Follow(Play play);
+    /// Bytes on the control connection that nobody asked for; and how many of all have not been read yet.
+    void Interject(const std::string& bytes);
+    std::size_t Unheard() const { return control_->to_client.size(); }
     /// Whether every step was carried out.
     bool Completed() const { return next_ == steps_.size(); }
     /// What the client did that the script did not foresee.

@@ -1,0 +1,185 @@
+// Single situations that the table of sequences does not hold.
+
+#include <gtest/gtest.h>
+
+#include "ftp/engine/session/files.h"
+#include "ftp/engine/session/list.h"
+#include "ftp/engine/session/login.h"
+#include "ftp/engine/session/retrieve.h"
+#include "ftp/engine/session/store.h"
+#include "tests/ftp/engine/session/stage.h"
+
+namespace ftp_script {
+namespace {
+
+using ftp::FailureKind;
+using namespace std::chrono_literals;
+using Strings = std::vector<std::string>;
+
+Steps Greeted(const Steps& then) {
+    Steps steps{Connects(), Reply("220 Welcome")};
+    steps.insert(steps.end(), then.begin(), then.end());
+    return steps;
+}
+
+FailureKind KindOf(const ftp::Result<>& outcome) {
+    EXPECT_FALSE(outcome);
+    return outcome ? FailureKind::Protocol : outcome.error().kind;
+}
+
+ftp::Task<> ChangeTo(Stage& stage, const std::string& name) {
+    return ftp::ChangeDirectoryTo(stage.session, name);
+}
+
+ftp::Task<> LogIn(Stage& stage) {
+    ftp::HostAndPort where{"host", 21};
+    ftp::Credentials who{"anna", "hemligt", ""};
+    co_return co_await ftp::Login(stage.session, where, who);
+}
+
+TEST(Session, TraceReadsCommandThenRepliesAlthoughCommandsLeaveTogether) {
+    Stage stage({Connects(), Reply("220 Welcome"), Command("USER anna"), Command("PASS hemligt"),
+                 Command("FEAT"), Command("OPTS UTF8 ON"), Command("TYPE I"), Reply("331 Password?"),
+                 Reply("230-Hi\r\n230 In"), Reply("500 What?"), Reply("500 What?"), Reply("200 Image")});
+    EXPECT_TRUE(stage.Run(LogIn));
+    EXPECT_EQ(stage.record.trace, (Strings{"< 220 Welcome", "> USER anna", "< 331 Password?", "> PASS ****",
+                                           "< 230-Hi", "< 230 In", "> FEAT", "< 500 What?", "> OPTS UTF8 ON",
+                                           "< 500 What?", "> TYPE I", "< 200 Image"}));
+}
+
+TEST(Session, WrongPasswordIsNotTriedAgain) {
+    Stage stage(Greeted({Command("USER anna"), Reply("331 Password?"), Command("PASS hemligt"),
+                         Reply("530 Login incorrect.")}));
+    const auto outcome = stage.Run(LogIn);
+    ASSERT_FALSE(outcome);
+    EXPECT_EQ(outcome.error(), (ftp::Failure{FailureKind::Refused, 530, "Login incorrect."}));
+    EXPECT_EQ(stage.session.control, nullptr);
+}
+
+TEST(Session, ServerThatSwallowsCommandsSentAheadIsAskedOneByOne) {
+    Stage stage({Connects(), Reply("220 Welcome"), Command("USER anna"), Reply("331 Password?"), Connects(),
+                 Reply("220 Welcome"), Command("USER anna"), Reply("331 Password?"), Command("PASS hemligt"),
+                 Reply("230 In"), Command("FEAT"), Reply("500 What?"), Command("OPTS UTF8 ON"),
+                 Reply("500 What?"), Command("TYPE I"), Reply("200 Image")});
+    stage.deadlines.early_login = 5ms;
+    EXPECT_TRUE(stage.Run(LogIn));
+    EXPECT_TRUE(stage.session.habits.one_at_a_time);
+    EXPECT_TRUE(stage.script.Completed());
+}
+
+TEST(Session, ClosedWhileIdleIsSaidAtTheNextCommand) {
+    struct Row {
+        Steps end;
+        FailureKind kind;
+        int code;
+    };
+    for (const Row& row : {Row{{HangsUp()}, FailureKind::ConnectionLost, 0},
+                           Row{{Reply("421 Idle too long"), HangsUp()}, FailureKind::Refused, 421},
+                           Row{{Reply("garbage")}, FailureKind::Protocol, 0}}) {
+        Stage stage(Greeted(row.end));
+        ASSERT_TRUE(stage.LogIn());
+        const auto outcome = stage.Run([](Stage& s) { return ChangeTo(s, "x"); });
+        ASSERT_FALSE(outcome);
+        EXPECT_EQ(outcome.error().kind, row.kind);
+        EXPECT_EQ(outcome.error().code, row.code);
+        EXPECT_FALSE(stage.Open());
+    }
+}
+
+TEST(Session, DoubledRepliesAreNotTakenForTheNextCommands) {
+    Stage stage(Greeted({Command("CWD a"), Reply("250 first"), Command("MKD b"), Reply("257 second"),
+                         Command("TYPE I"), Reply("200 Image")}));
+    ASSERT_TRUE(stage.LogIn());
+    stage.script.Follow({.doubled = true});
+    EXPECT_TRUE(stage.Run([](Stage& s) { return ChangeTo(s, "a"); }));
+    EXPECT_TRUE(stage.Run([](Stage& s) { return ftp::MakeDirectoryNamed(s.session, "b"); }));
+    EXPECT_TRUE(stage.Run([](Stage& s) { return s.session.Do("TYPE", "I"); }));
+    EXPECT_EQ(stage.record.trace,
+              (Strings{"< 220 Welcome", "> CWD a", "< 250 first", "< 250 first", "> MKD b", "< 257 second",
+                       "< 257 second", "> TYPE I", "< 200 Image"}));
+}
+
+TEST(Session, NamesThatCannotBeSentAreRefusedBeforeAnythingIsSent) {
+    Stage stage(Greeted({}));
+    ASSERT_TRUE(stage.LogIn());
+    stage.scratch.Write("source", "x");
+    for (const std::string& name : {std::string("a\r\nDELE b"), std::string("a\0b", 3), std::string()}) {
+        const std::vector<Stage::Sequence> operations{
+            [&](Stage& s) { return ChangeTo(s, name); },
+            [&](Stage& s) { return ftp::MakeDirectoryNamed(s.session, name); },
+            [&](Stage& s) { return ftp::RemoveDirectoryNamed(s.session, name); },
+            [&](Stage& s) { return ftp::DeleteFileNamed(s.session, name); },
+            [&](Stage& s) { return ftp::Rename(s.session, name, "b"); },
+            [&](Stage& s) { return ftp::Rename(s.session, "a", name); },
+            [&](Stage& s) { return ftp::RetrieveFile(s.session, {}, name, s.scratch.Path("target")); },
+            [&](Stage& s) { return ftp::StoreFile(s.session, {}, s.scratch.Path("source"), name); },
+        };
+        for (const auto& operation : operations)
+            EXPECT_EQ(KindOf(stage.Run(operation)), FailureKind::BadArgument);
+    }
+    EXPECT_EQ(stage.record.trace, Strings{"< 220 Welcome"});
+    EXPECT_EQ(stage.scratch.Names(), Strings{"source"});
+}
+
+TEST(Session, WithoutOneEverythingIsNotConnected) {
+    Stage stage({});
+    stage.scratch.Write("source", "x");
+    const std::vector<Stage::Sequence> operations{
+        [](Stage& s) { return ChangeTo(s, "a"); },
+        [](Stage& s) { return ftp::ChangeToParentDirectory(s.session); },
+        [](Stage& s) { return ftp::Rename(s.session, "a", "b"); },
+        [](Stage& s) { return ftp::ListDirectory(s.session, {}); },
+        [](Stage& s) { return ftp::RetrieveFile(s.session, {}, "a", s.scratch.Path("target")); },
+        [](Stage& s) { return ftp::StoreFile(s.session, {}, s.scratch.Path("source"), "a"); },
+    };
+    for (const auto& operation : operations)
+        EXPECT_EQ(KindOf(stage.Run(operation)), FailureKind::NotConnected);
+    EXPECT_EQ(stage.scratch.Names(), Strings{"source"});
+}
+
+TEST(Session, DownloadThatIsShorterThanStatedIsNotKept) {
+    for (const char* begin : {"150 Coming (10 bytes)", "150 Coming"}) {
+        const bool stated_by_size = std::string(begin).ends_with("Coming");
+        Stage stage(Greeted({Command("TYPE I"), Reply("200 Image"), Command("SIZE f"),
+                             Reply(stated_by_size ? "213 10" : "550 No"), Command("EPSV"),
+                             Reply("229 Here (|||5000|)"), DataConnects(5000), Command("RETR f"),
+                             Reply(begin), Sends("012345678"), Ends(), Reply("226 Done")}));
+        ASSERT_TRUE(stage.LogIn());
+        stage.scratch.Write("target", "old");
+        EXPECT_EQ(KindOf(stage.Run([](Stage& s) {
+                      return ftp::RetrieveFile(s.session, {}, "f", s.scratch.Path("target"));
+                  })),
+                  FailureKind::ConnectionLost);
+        EXPECT_EQ(stage.scratch.Read("target"), "old");
+        EXPECT_EQ(stage.scratch.Names(), Strings{"target"});
+        stage.ExpectInStepOrClosed();
+        EXPECT_TRUE(stage.Open());
+    }
+}
+
+TEST(Session, UploadTellsItsSizeAndItsEnd) {
+    Stage stage(Greeted({Command("TYPE I"), Reply("200 Image"), Command("EPSV"), Reply("229 Here (|||5000|)"),
+                         DataConnects(5000), Command("STOR f"), Reply("150 Waiting"), Takes("12345"),
+                         TakesEnd(), Reply("226 Done")}));
+    ASSERT_TRUE(stage.LogIn());
+    stage.scratch.Write("source", "12345");
+    stage.script.Follow({.piece = 2});
+    EXPECT_TRUE(
+        stage.Run([](Stage& s) { return ftp::StoreFile(s.session, {}, s.scratch.Path("source"), "f"); }));
+    EXPECT_EQ(stage.record.sizes, std::vector<std::int64_t>{5});
+    EXPECT_EQ(stage.record.moved, (std::vector<std::int64_t>{0, 2, 4, 5, 5}));
+}
+
+TEST(Session, ServerThatTalksWithoutEndIsNotHeardWithoutEnd) {
+    Stage stage(Greeted({}));
+    ASSERT_TRUE(stage.LogIn());
+    std::string chatter;
+    for (int i = 0; i < 200'000; ++i) chatter += "200 bla\r\n";
+    stage.script.Interject(chatter);
+    stage.context.restart();
+    while (stage.context.poll() > 0) continue;
+    EXPECT_GT(stage.script.Unheard(), chatter.size() / 2);
+}
+
+}  // namespace
+}  // namespace ftp_script
