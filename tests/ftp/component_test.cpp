@@ -2,42 +2,24 @@
 
 #include "ftp/component.h"
 
-#include <arpa/inet.h>
 #include <gtest/gtest.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 #include <QEvent>
 #include <QTimer>
 
 #include "ftp/operation_gate.h"
 #include "tests/ftp/component_fixture.h"
+#include "tests/support/scripted_server.h"
 
 namespace ftp {
 namespace {
 
+using ftp_test::ScriptedServer;
+
 /// Takes connections and leaves them waiting.
-class SilentServer {
+class SilentServer : public ScriptedServer {
  public:
-    SilentServer() : socket_(socket(AF_INET, SOCK_STREAM, 0)) {
-        sockaddr_in address = {};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t length = sizeof address;
-        auto* const any = reinterpret_cast<sockaddr*>(&address);
-        EXPECT_EQ(bind(socket_, any, length), 0);
-        EXPECT_EQ(listen(socket_, 8), 0);
-        EXPECT_EQ(getsockname(socket_, any, &length), 0);
-        host_field = "127.0.0.1:" + std::to_string(ntohs(address.sin_port));
-    }
-    ~SilentServer() { close(socket_); }
-    SilentServer(const SilentServer&) = delete;
-    SilentServer& operator=(const SilentServer&) = delete;
-
-    std::string host_field;
-
- private:
-    int socket_;
+    SilentServer() { At(ftp_test::kConnect, {ftp_test::Stall()}); }
 };
 
 class Receiver : public QObject {
@@ -169,7 +151,7 @@ TEST_F(ComponentTest, TellsWhenNobodyListens) {
     std::string host_field;
     {
         const SilentServer gone;
-        host_field = gone.host_field;
+        host_field = gone.HostField();
     }
     Connect(host_field);
     EXPECT_EQ(OnlyError(), 10061);
@@ -181,14 +163,14 @@ TEST_F(ComponentTest, GivesUpASilentServerAfterItsDeadline) {
                                                                .reply = std::chrono::milliseconds(100)});
     Record(*component);
     const SilentServer server;
-    Connect(server.host_field);
+    Connect(server.HostField());
     EXPECT_EQ(OnlyError(), 10060);
 }
 
 TEST_F(ComponentTest, CancelsAConnectUnderWay) {
     const SilentServer server;
     QTimer::singleShot(0, component.get(), [this] { component->SetAction(9); });
-    Connect(server.host_field);
+    Connect(server.HostField());
     EXPECT_EQ(OnlyError(), 10004);
     EXPECT_EQ(component->Action(), 9);
     EXPECT_FALSE(component->Busy());
@@ -201,7 +183,7 @@ TEST_F(ComponentTest, ReinitialisesInTheMiddleOfAConnect) {
         component->SetAction(20);
         EXPECT_NE(component->HostName, QString()) << "the connect still runs";
     });
-    Connect(server.host_field);
+    Connect(server.HostField());
     EXPECT_EQ(OnlyError(), 10004);
     EXPECT_EQ(component->HostName, QString());
     EXPECT_EQ(busy, (std::vector{true, false}));
@@ -217,7 +199,7 @@ TEST_F(ComponentTest, RefusesASecondOperation) {
         component->SetSessionOption(1);
         component->SetAction(9);
     });
-    Connect(server.host_field);
+    Connect(server.HostField());
     ASSERT_EQ(errors.size(), std::size(kNeedsSession) + 4);
     EXPECT_EQ(errors.back().first, 10004);
     errors.pop_back();
@@ -242,7 +224,7 @@ TEST_F(ComponentTest, KeepsInputAwayWhileItWaits) {
         press();
         component->SetAction(9);
     });
-    Connect(server.host_field);
+    Connect(server.HostField());
     EXPECT_EQ(button.presses, 0);
     EXPECT_EQ(allowed.presses, 1);
     press();
@@ -252,7 +234,7 @@ TEST_F(ComponentTest, KeepsInputAwayWhileItWaits) {
 TEST_F(ComponentTest, LetsQuitEndTheMainLoopAfterTheOperation) {
     const SilentServer server;
     bool still_waiting = false;
-    QTimer::singleShot(0, component.get(), [&] { Connect(server.host_field); });
+    QTimer::singleShot(0, component.get(), [&] { Connect(server.HostField()); });
     QTimer::singleShot(0, component.get(), [&] {
         QCoreApplication::exit(7);
         QTimer::singleShot(0, component.get(), [&] {
@@ -269,12 +251,12 @@ TEST_F(ComponentTest, LetsQuitEndTheMainLoopAfterTheOperation) {
 TEST_F(ComponentTest, ShutsDownInTheMiddleOfAnOperation) {
     const SilentServer server;
     QTimer::singleShot(0, component.get(), [this] { component->Shutdown(); });
-    Connect(server.host_field);
+    Connect(server.HostField());
     EXPECT_EQ(OnlyError(), 10004);
 
     errors.clear();
     busy.clear();
-    Connect(server.host_field);
+    Connect(server.HostField());
     for (const Operation operation : kNeedsSession) (component.get()->*operation)();
     component->CloseConnection();
     component->SetAction(9);
@@ -287,7 +269,7 @@ TEST_F(ComponentTest, ShutsDownInTheMiddleOfAnOperation) {
 TEST_F(ComponentTest, MayBeDestroyedInTheMiddleOfAnOperation) {
     const SilentServer server;
     QTimer::singleShot(0, [this] { component.reset(); });
-    Connect(server.host_field);
+    Connect(server.HostField());
     EXPECT_EQ(busy, std::vector{true});
     EXPECT_TRUE(errors.empty());
 }
