@@ -4,6 +4,7 @@
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QScreen>
 #include <QStyledItemDelegate>
 
 #include "forms/main/main_form.h"
@@ -14,6 +15,7 @@ namespace forms {
 namespace {
 
 // Pixels.
+constexpr QSize kFirstSize(1000, 720);
 constexpr int kPanelForListsSideBySide = 560;
 constexpr int kBesideCells = 12;
 constexpr int kBetweenLines = 5;
@@ -49,6 +51,7 @@ void MakeHeading(QLabel& label) {
 }  // namespace
 
 void MainForm::PrepareLayout() {
+    resize(kFirstSize.boundedTo(screen()->availableSize()));
     ShowPicture(*lokal1, QStringLiteral(":/main/computer.svg"));
     ShowPicture(*server1, QStringLiteral(":/main/server.svg"));
     MakeHeading(*local_caption);
