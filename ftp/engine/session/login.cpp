@@ -63,6 +63,12 @@ Task<> Greeting(Session& session) {
     co_return Result<>{};
 }
 
+/// Whether the answer to a USER or PASS that was sent ahead can be one. Where a server ponders over a
+/// password and answers what follows it meanwhile, the next answer is not to be taken for a welcome.
+bool MayBeAboutLogin(const Reply& reply) {
+    return !reply.Completed() || reply.code == 230 || reply.code == 202;
+}
+
 /// USER, PASS where it is asked for, ACCT where it is asked for.
 Task<> Identify(Session& session, Conversation& talk, const Commands& commands, const Credentials& who) {
     auto reply = co_await talk.Answer(commands.user);
@@ -72,6 +78,7 @@ Task<> Identify(Session& session, Conversation& talk, const Commands& commands, 
     if (!no_password || talk.Ahead()) {
         auto answer = co_await talk.Answer(commands.pass);
         if (!answer) co_return Fail(answer.error());
+        if (talk.Ahead() && !no_password && !MayBeAboutLogin(*answer)) co_return Fail(FailureKind::Protocol);
         if (!no_password) reply = std::move(answer);
     }
     if (reply->code == 332) {

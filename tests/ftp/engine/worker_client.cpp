@@ -1,0 +1,108 @@
+#include "tests/ftp/engine/worker_client.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <iostream>
+#include <ostream>
+#include <thread>
+#include <utility>
+
+namespace worker_test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kHangs = 60s;
+
+}  // namespace
+
+std::optional<ftp::FailureKind> Told::Kind() const {
+    if (problems.size() != 1) return std::nullopt;
+    return problems.front().kind;
+}
+
+std::ostream& operator<<(std::ostream& out, const Told& told) {
+    for (const ftp::Failure& problem : told.problems)
+        out << "problem " << static_cast<int>(problem.kind) << ' ' << problem.code << ' ' << problem.detail
+            << '\n';
+    for (const std::string& line : told.trace) out << line << '\n';
+    return out;
+}
+
+WorkerClient::WorkerClient(ftp::Deadlines deadlines)
+    : worker_(std::make_unique<ftp::Worker>(
+          [this](ftp::Notification notification) { Hear(std::move(notification)); }, deadlines)) {}
+
+void WorkerClient::Hear(ftp::Notification notification) {
+    const std::lock_guard lock(mutex_);
+    EXPECT_EQ(notification.request, request_);
+    EXPECT_FALSE(finished_) << "told after Finished";
+    if (auto* command = std::get_if<ftp::CommandSent>(&notification.what))
+        told_.trace.push_back("> " + command->line);
+    if (auto* reply = std::get_if<ftp::ReplyLine>(&notification.what))
+        told_.trace.push_back("< " + reply->line);
+    if (auto* problem = std::get_if<ftp::Problem>(&notification.what))
+        told_.problems.push_back(problem->failure);
+    if (auto* session = std::get_if<ftp::SessionChanged>(&notification.what))
+        told_.connected = session->connected;
+    if (auto* batch = std::get_if<ftp::ListingBatch>(&notification.what)) {
+        told_.lines.insert(told_.lines.end(), batch->lines.begin(), batch->lines.end());
+        ++batches_;
+        if (takes_batches) worker_->BatchTaken();
+    }
+    finished_ = std::holds_alternative<ftp::Finished>(notification.what);
+    ++notifications_;
+    heard_.notify_all();
+}
+
+void WorkerClient::Await(const std::function<bool()>& condition) {
+    std::unique_lock lock(mutex_);
+    if (heard_.wait_for(lock, kHangs, condition)) return;
+    std::cerr << "the operation hangs\n" << told_;
+    std::abort();
+}
+
+void WorkerClient::Start(ftp::Operation operation) {
+    {
+        const std::lock_guard lock(mutex_);
+        told_ = {};
+        notifications_ = 0;
+        batches_ = 0;
+        finished_ = false;
+        ++request_;
+    }
+    worker_->Start({.id = request_, .operation = std::move(operation), .passive = passive});
+}
+
+Told WorkerClient::Finish() {
+    Await([this] { return finished_; });
+    return std::exchange(told_, {});
+}
+
+Told WorkerClient::Run(ftp::Operation operation) {
+    Start(std::move(operation));
+    return Finish();
+}
+
+Told WorkerClient::Connect(const std::string& host_field, const std::string& password) {
+    return Run(ftp::Connect{host_field, "demo", password, {}});
+}
+
+void WorkerClient::AwaitNotification(std::size_t count) {
+    Await([&] { return finished_ || notifications_ >= count; });
+}
+
+void WorkerClient::AwaitBatches(int batches) {
+    Await([&] { return finished_ || batches_ >= batches; });
+}
+
+void WorkerClient::AwaitBytes(std::int64_t bytes) {
+    const auto finished = [this] {
+        const std::lock_guard lock(mutex_);
+        return finished_;
+    };
+    while (worker_->BytesTransferred() < bytes && !finished()) std::this_thread::yield();
+}
+
+}  // namespace worker_test
