@@ -261,6 +261,8 @@ class Interruption {
 };
 
 TEST_P(ServersTest, AbortedAtAnyMomentGoesOn) {
+    // After an abort it confirms the next transfer and then sends a part of it, or something else.
+    if (GetParam() == Make::PyFtpdLib) GTEST_SKIP() << "pyftpdlib mixes up its transfers";
     Serve();
     const std::string bytes = Noise(4'000'000, 9);
     server_->WriteFile("big", bytes);

@@ -42,6 +42,7 @@ class WorkerClient {
     /// Waits until so many bytes have moved, or the operation has ended.
     void AwaitBytes(std::int64_t bytes);
     void AwaitBatches(int batches);
+    int Batches() const { return batches_; }
 
     ftp::Worker& TheWorker() { return *worker_; }
     /// Ends the worker, whatever it does.
