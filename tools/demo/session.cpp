@@ -77,6 +77,8 @@ bool AreSame(const QString& path, const QString& other_path) {
 QPoint PlaceOf(const QWidget& widget, QPoint place) {
     if (!widget.isVisible() || !widget.isEnabled())
         throw std::runtime_error(qPrintable(widget.objectName() + u" takes no clicks"_s));
+    if (!widget.rect().contains(place))
+        throw std::runtime_error(qPrintable(widget.objectName() + u" has to be scrolled"_s));
     return (QPointF(widget.mapToGlobal(place)) * widget.devicePixelRatioF()).toPoint();
 }
 
