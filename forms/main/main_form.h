@@ -127,11 +127,14 @@ class MainForm : public QWidget, private Ui::MainForm {
     void listdir2_LostFocus();
     // transfers.cpp
     void Command1_Click();
+    void SendOne();
     void Command2_Click();
+    void FetchOne(const QString& file, const QString& local_path);
     void avb_Click();
     void Ftp1_Progress(std::int64_t bytes);
     void HoldServerPanel();
     void ReleaseServerPanel();
+    void ResetStrip();
     void RememberFolder(const QString& folder);
     void ShowTransferWindow();
     std::optional<QString> SizeOfUpload() const;

@@ -21,11 +21,13 @@ void MainForm::Command1_Click() {
     Ftp1->ModeFlagB = true;
     RememberFolder(Dir1->Path());
     app::Globals().UploadRunning = 1;
-    if (List1->SelCount() >= 2) {
-        ShowTransferWindow();
-        Command9_Click();
-        return;
-    }
+    ResetStrip();
+    List1->SelCount() >= 2 ? ShowTransferWindow() : SendOne();
+    Command9_Click();
+    ReleaseServerPanel();
+}
+
+void MainForm::SendOne() {
     const int row = List1->SelCount() == 1 ? List1->SelectedRows().first() : List1->ListIndex();
     avb->setEnabled(true);
     Ftp1->SourceFileName = LocalPathOfRow(row);
@@ -33,34 +35,33 @@ void MainForm::Command1_Click() {
     Ftp1->PutFile();
     app::Globals().UploadRunning = 0;
     avb->setEnabled(false);
-    Command9_Click();
-    ReleaseServerPanel();
 }
 
 void MainForm::Command2_Click() {
-    app::ftpglob& globals = app::Globals();
-    if (listDir->SelCount() >= 2) {
-        HoldServerPanel();
-        globals.DownloadRunning = 1;
-        ShowTransferWindow();
-        Command7_Click();
-        return;
+    const bool batch = listDir->SelCount() >= 2;
+    const QString file = app::Globals().SelectedServerFile;
+    QString name;
+    if (!batch) {
+        name = toolkit::InputBox(this, QStringLiteral("Spara ") + file + QStringLiteral("(?)som"),
+                                 QStringLiteral("Ladda hem fil från Server"), file);
+        if (name.isEmpty()) return;
     }
-    const QString name = toolkit::InputBox(
-        this, QStringLiteral("Spara ") + globals.SelectedServerFile + QStringLiteral("(?)som"),
-        QStringLiteral("Ladda hem fil från Server"), globals.SelectedServerFile);
-    if (name.isEmpty()) return;
     HoldServerPanel();
-    globals.DownloadRunning = 1;
-    avb->setEnabled(true);
-    Ftp1->SourceFileName = globals.SelectedServerFile;
-    Ftp1->DestinationFileName = platform::Join(Dir1->Path(), name);
-    Ftp1->GetFile();
-    avb->setEnabled(false);
-    globals.DownloadRunning = 0;
+    app::Globals().DownloadRunning = 1;
+    ResetStrip();
+    batch ? ShowTransferWindow() : FetchOne(file, platform::Join(Dir1->Path(), name));
     Command23->setEnabled(true);
     Command7_Click();
     ReleaseServerPanel();
+}
+
+void MainForm::FetchOne(const QString& file, const QString& local_path) {
+    avb->setEnabled(true);
+    Ftp1->SourceFileName = file;
+    Ftp1->DestinationFileName = local_path;
+    Ftp1->GetFile();
+    avb->setEnabled(false);
+    app::Globals().DownloadRunning = 0;
 }
 
 void MainForm::HoldServerPanel() {
@@ -70,10 +71,14 @@ void MainForm::HoldServerPanel() {
     listdir2->setEnabled(false);
 }
 
-// The buttons of a row come back when a row is clicked.
+// After a single transfer as after a batch. The buttons of a row come back when a row is clicked.
 void MainForm::ReleaseServerPanel() {
     listdir2->setEnabled(true);
     for (QPushButton* button : {Command21, Command14, Command9}) button->setEnabled(true);
+}
+
+void MainForm::ResetStrip() {
+    ShowProgress({.bar_width = 0, .percent = QStringLiteral("0 %"), .counter = {}});
 }
 
 void MainForm::RememberFolder(const QString& folder) {

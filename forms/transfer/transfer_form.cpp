@@ -116,7 +116,7 @@ std::vector<Form1::Job> Form1::QueueDownloads() {
     for (const int row : main_.listDir.SelectedRows()) {
         lines.append(main_.listDir.List(row));
         const QString name = ftp::NameOfListingLine(lines.last());
-        jobs.push_back({name, platform::Join(main_.Dir1.Path(), platform::NameFromNative(name.toUtf8()))});
+        jobs.push_back({name, platform::Join(main_.Dir1.Path(), name)});
     }
     l1->Lines()->SetLines(lines);
     return jobs;

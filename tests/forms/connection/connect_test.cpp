@@ -1,10 +1,6 @@
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include "tests/forms/connection/connection_dialog.h"
 #include "tests/support/ftp_server.h"
+#include "tests/support/scripted_server.h"
 
 using toolkit_test::ExpectBox;
 
@@ -12,24 +8,10 @@ namespace forms {
 namespace {
 
 /// Takes connections and never says a word.
-class SilentServer {
+class SilentServer : public ftp_test::ScriptedServer {
  public:
-    SilentServer() : socket_(::socket(AF_INET, SOCK_STREAM, 0)) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        auto* const plain = reinterpret_cast<sockaddr*>(&address);
-        if (::bind(socket_, plain, size) || ::listen(socket_, 8) || ::getsockname(socket_, plain, &size))
-            throw std::runtime_error("no port to listen on");
-        port_ = ntohs(address.sin_port);
-    }
-    ~SilentServer() { ::close(socket_); }
-    QString Host() const { return QStringLiteral("127.0.0.1:%1").arg(port_); }
-
- private:
-    int socket_;
-    int port_;
+    SilentServer() { At(ftp_test::kConnect, {ftp_test::Stall()}); }
+    QString Host() const { return QString::fromStdString(HostField()); }
 };
 
 class Connect : public ConnectionDialog {
