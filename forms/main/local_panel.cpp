@@ -86,11 +86,9 @@ void MainForm::List1_KeyUp() {
     if (!List1->Text().isEmpty() && Command16->isEnabled()) Command1->setEnabled(true);
 }
 
+// The name as it is on the disk: it leads to this very file and needs no look through the folder.
 QString MainForm::LocalPathOfRow(int row) const {
-    const QString name = local_files_->At(row).name;
-    const QString true_path = platform::Join(Dir1->Path(), name);
-    const QString shown_path = platform::Join(Dir1->Path(), name.toLower());
-    return platform::Resolve(shown_path) == platform::ToNative(true_path) ? shown_path : true_path;
+    return platform::Join(Dir1->Path(), local_files_->At(row).name);
 }
 
 }  // namespace forms

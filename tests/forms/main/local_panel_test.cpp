@@ -142,7 +142,7 @@ TEST_F(LocalPanel, ARowActsOnTheVeryFileItWasMadeFrom) {
     }
     native.sort();
     EXPECT_EQ(native.join(QLatin1Char(' ')), QStringLiteral("Ensam.txt MAPP Tvilling.txt tvilling.txt"));
-    EXPECT_EQ(window_->LocalPathOfRow(0), Folder() + QStringLiteral("\\ensam.txt"));
+    EXPECT_EQ(window_->LocalPathOfRow(0), Folder() + QStringLiteral("\\Ensam.txt"));
 }
 
 TEST_F(LocalPanel, OpeningAFolderListsIt) {
