@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -38,7 +39,8 @@ class ConnectionDialog : public ::testing::Test {
 
     void Open() {
         dialog_.Form_Load();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&dialog_));
+        // A window counts as active with its owner already; the keyboard comes later.
+        ASSERT_TRUE(QTest::qWaitFor([this] { return QApplication::activeWindow() == &dialog_; }));
     }
 
     template <class Widget = QWidget>

@@ -34,7 +34,7 @@ class Session : public MainWindow {
     QWidget* OpenConnectionDialog(const std::string& host) {
         ClickOn("cmdConnection");
         QWidget* dialog = Window("frmConnection");
-        EXPECT_TRUE(dialog && QTest::qWaitForWindowActive(dialog));
+        EXPECT_TRUE(dialog && QTest::qWaitFor([dialog] { return QApplication::activeWindow() == dialog; }));
         Replace(*dialog->findChild<QLineEdit*>("txtHost"), QString::fromStdString(host));
         Replace(*dialog->findChild<QComboBox*>("txtusername")->lineEdit(), QStringLiteral("demo"));
         Replace(*dialog->findChild<QLineEdit*>("txtPassword"), QStringLiteral("demo"));

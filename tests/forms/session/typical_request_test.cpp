@@ -32,7 +32,7 @@ TEST_P(TypicalRequest, FromAProfileToADownloadedFile) {
 
     ClickOn("cmdConnection");
     QWidget* dialog = Window("frmConnection");
-    ASSERT_TRUE(dialog && QTest::qWaitForWindowActive(dialog));
+    ASSERT_TRUE(dialog && QTest::qWaitFor([dialog] { return QApplication::activeWindow() == dialog; }));
     QTest::keyClick(dialog, Qt::Key_Return);
     ASSERT_TRUE(app::Globals().SessionOpen);
     EXPECT_FALSE(Window("frmConnection"));

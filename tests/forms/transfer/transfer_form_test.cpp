@@ -91,7 +91,7 @@ TEST_F(TransferWindow, IsOwnedByTheMainWindowWhileItIsOpen) {
 // Escape and the close box of the window ask as the button does.
 TEST_F(TransferWindow, AsksBeforeItAborts) {
     form_.Form_Load();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&form_));
+    ASSERT_TRUE(QTest::qWaitFor([this] { return QApplication::activeWindow() == &form_; }));
     auto* button = form_.findChild<QPushButton*>("Command1");
     const std::function<void()> ways[] = {
         [&] { QTest::mouseClick(button, Qt::LeftButton); },
