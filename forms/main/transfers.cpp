@@ -9,11 +9,6 @@
 #include "toolkit/message_box.h"
 
 namespace forms {
-namespace {
-
-constexpr double kSliver = 15;  // twips: an aborted transfer leaves the bar just visible
-
-}  // namespace
 
 void MainForm::Command1_Click() {
     HoldServerPanel();
@@ -93,13 +88,10 @@ void MainForm::ShowTransferWindow() {
 }
 
 void MainForm::avb_Click() {
-    if (toolkit::MsgBox(this, QStringLiteral("Vill du avbryta överföringen ?"), toolkit::Buttons::YesNo,
-                        toolkit::Icon::Information,
-                        QStringLiteral("Avbryt överföring!")) == toolkit::Answer::No)
-        return;
+    if (!UserWantsToAbort(*this)) return;
     Ftp1->AbortTransfer();
     antal->setText(QStringLiteral("0 %"));
-    p2->SetWidth(kSliver);
+    p2->SetWidth(kAbortedBarWidth);
 }
 
 void MainForm::Ftp1_Progress(std::int64_t bytes) {

@@ -13,7 +13,6 @@
 namespace forms {
 namespace {
 
-constexpr double kSliver = 15;       // twips: an aborted transfer leaves the bar just visible
 constexpr int kTitleInterval = 100;  // milliseconds
 
 }  // namespace
@@ -66,14 +65,11 @@ void Form1::reject() {
 }
 
 void Form1::Command1_Click() {
-    if (toolkit::MsgBox(this, QStringLiteral("Vill du avbryta överföringen ?"), toolkit::Buttons::YesNo,
-                        toolkit::Icon::Information,
-                        QStringLiteral("Avbryt överföring!")) == toolkit::Answer::No)
-        return;
+    if (!UserWantsToAbort(*this)) return;
     l1->Clear();
     AbortRequested_ = true;
     main_.antal.setText(QStringLiteral("0 %"));
-    main_.p2.SetWidth(kSliver);
+    main_.p2.SetWidth(kAbortedBarWidth);
     Timer1->stop();
     main_.Ftp1.AbortTransfer();
 }
@@ -135,6 +131,12 @@ void Form1::Run(const std::vector<Job>& jobs, std::int16_t& running, void (ftp::
         running = 0;
         main_.avb.setEnabled(false);
     }
+}
+
+bool UserWantsToAbort(QWidget& parent) {
+    return toolkit::MsgBox(&parent, QStringLiteral("Vill du avbryta överföringen ?"), toolkit::Buttons::YesNo,
+                           toolkit::Icon::Information,
+                           QStringLiteral("Avbryt överföring!")) == toolkit::Answer::Yes;
 }
 
 QString TransferCaption(const QString& bytes, const QString& size, const QString& percent) {

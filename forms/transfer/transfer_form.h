@@ -71,6 +71,12 @@ class Form1 : public QDialog, private Ui::Form1 {
     bool AbortRequested_ = false;
 };
 
+/// What both abort buttons ask before they abort.
+bool UserWantsToAbort(QWidget& parent);
+
+/// Twips: an aborted transfer leaves the bar just visible.
+inline constexpr double kAbortedBarWidth = 15;
+
 /// The title bar: bytes so far, the total and the percentage.
 QString TransferCaption(const QString& bytes, const QString& size, const QString& percent);
 
