@@ -18,6 +18,9 @@ using namespace ftp_test;
 using namespace std::chrono_literals;
 using ftp::FailureKind;
 
+/// The question for a port, its answer, the transfer command, and then the bytes begin to move.
+constexpr std::size_t kStarted = 4;
+
 /// Lines without end; between two pieces the server looks whether the client has aborted.
 Step EndlessListing() {
     std::string piece;
@@ -284,7 +287,7 @@ TEST_F(Misbehaviour, UploadThatNobodyReadsCanBeAborted) {
         WorkerClient& client = Client();
         client.passive = passive;
         client.Start(StoreHuge());
-        client.AwaitBytes(1);
+        client.AwaitNotification(kStarted);
         client.TheWorker().AbortTransfer();
         EXPECT_EQ(client.Finish().Kind(), FailureKind::Cancelled);
         ExpectInStep();
@@ -296,7 +299,7 @@ TEST_F(Misbehaviour, FileThatShrinksIsNotTakenForWhole) {
                         Say("226 Done")});
     WorkerClient& client = Client();
     client.Start(StoreHuge());
-    client.AwaitBytes(100'000);
+    client.AwaitNotification(kStarted);
     fs::resize_file(folder_ / "huge", 0);
     server_.Release();
     const Told told = client.Finish();
