@@ -43,7 +43,12 @@ Failure FailureOf(const asio::error_code& error) {
 class TcpStream : public Stream {
  public:
     explicit TcpStream(tcp::socket socket, tcp::endpoint peer = {})
-        : socket_(std::move(socket)), peer_(std::move(peer)) {}
+        : socket_(std::move(socket)), peer_(std::move(peer)) {
+        SetTcpOption(TCP_NODELAY, 1);
+        // What waits in the kernel is not yet on its way: a short queue keeps the bytes in the cache, the
+        // progress honest and an abort prompt, and a long line is kept as full as with a long queue.
+        SetTcpOption(TCP_NOTSENT_LOWAT, 64 * 1024);
+    }
 
     /// The SYN leaves here and now, not when somebody waits for the answer.
     static Result<std::unique_ptr<TcpStream>> Start(const asio::any_io_executor& executor,
@@ -52,7 +57,6 @@ class TcpStream : public Stream {
         asio::error_code error;
         socket.open(to.protocol(), error);
         if (!error) socket.non_blocking(true, error);
-        if (!error) socket.set_option(tcp::no_delay(true), error);
         if (error) return Fail(FailureOf(error));
         if (::connect(socket.native_handle(), to.data(), static_cast<socklen_t>(to.size())) != 0 &&
             errno != EINPROGRESS) {
@@ -89,8 +93,7 @@ class TcpStream : public Stream {
     /// each time.
     void AcknowledgeAtOnce() {
         acknowledges_at_once_ = true;
-        const int on = 1;  // the kernel forgets it again, hence after each read
-        ::setsockopt(socket_.native_handle(), IPPROTO_TCP, TCP_QUICKACK, &on, sizeof on);
+        SetTcpOption(TCP_QUICKACK, 1);  // the kernel forgets it again, hence after each read
     }
 
     Task<> Write(asio::const_buffer bytes) override {
@@ -146,6 +149,10 @@ class TcpStream : public Stream {
     }
 
  private:
+    void SetTcpOption(int option, int value) {
+        ::setsockopt(socket_.native_handle(), IPPROTO_TCP, option, &value, sizeof value);
+    }
+
     /// For file systems that sendfile does not take.
     Task<std::size_t> SendByHand(SourceFile& file) {
         std::vector<char> buffer(256 * 1024);
