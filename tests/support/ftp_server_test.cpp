@@ -147,8 +147,13 @@ TEST_P(FtpServer, GoesWithItsObject) {
 TEST_P(FtpServer, GoesWithItsProcess) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
+    std::string litter =
+        testing::TempDir() + "websmide-litter-XXXXXX";  // a killed process leaves its folder behind
+    ASSERT_NE(mkdtemp(litter.data()), nullptr);
+    std::filesystem::permissions(litter, std::filesystem::perms(0755));
     const pid_t child = fork();
     if (child == 0) {
+        setenv("TMPDIR", litter.c_str(), 1);
         Server server(GetParam());
         const std::uint16_t port = server.Port();
         (void)!write(ends[1], &port, sizeof port);
@@ -167,6 +172,7 @@ TEST_P(FtpServer, GoesWithItsProcess) {
     };
     for (int i = 0; i < 1000 && listens(); ++i) usleep(10'000);
     EXPECT_FALSE(listens());
+    std::filesystem::remove_all(litter);
     close(ends[0]);
     close(ends[1]);
 }
