@@ -47,7 +47,7 @@ class TcpStream : public Stream {
         SetTcpOption(TCP_NODELAY, 1);
         // What waits in the kernel is not yet on its way: a short queue keeps the bytes in the cache, the
         // progress honest and an abort prompt, and a long line is kept as full as with a long queue.
-        SetTcpOption(TCP_NOTSENT_LOWAT, 64 * 1024);
+        SetTcpOption(TCP_NOTSENT_LOWAT, 16 * 1024);
     }
 
     /// The SYN leaves here and now, not when somebody waits for the answer.
