@@ -90,9 +90,20 @@ void ListView::mousePressEvent(QMouseEvent* event) {
 
 void ListView::mouseReleaseEvent(QMouseEvent* event) {
     QTreeView::mouseReleaseEvent(event);
+    EndPress();
+}
+
+void ListView::EndPress() {
     const Press press = std::exchange(press_, Press::None);
     if (press == Press::OnRow && ListIndex() >= 0) Q_EMIT ItemClick(ListIndex());
     if (press != Press::None) Q_EMIT Click();
+}
+
+// The view does not hear of the mouse button's release after a drag: what is dragged is chosen now.
+void ListView::startDrag(Qt::DropActions actions) {
+    EndPress();
+    QTreeView::startDrag(actions);
+    Q_EMIT DragEnded();
 }
 
 void ListView::mouseDoubleClickEvent(QMouseEvent* event) {

@@ -60,6 +60,7 @@ class ListBox : public QListView {
     void SetSelected(int row, bool selected);
     int SelCount() const;             // cheap also when 100,000 rows are selected in one range
     QList<int> SelectedRows() const;  // ascending
+    void CopySelectedLines() const;   // to the clipboard, one per line; Ctrl+C does it
 
  Q_SIGNALS:
     void Click();  // a row was clicked, or the selection moved by keyboard; the selection has changed by then
@@ -76,8 +77,6 @@ class ListBox : public QListView {
     void focusOutEvent(QFocusEvent* event) override;
 
  private:
-    void CopySelectedLines() const;  // to the clipboard, one per line; Ctrl+C does it
-
     LineModel* const own_lines_;
     bool pressed_ = false;  // the mouse, on a row, for a click
 };
@@ -103,6 +102,7 @@ class ListView : public QTreeView {
     void Click();      // a click anywhere in the rows' area, or the selection moved by keyboard
     void DblClick();   // a row was double-clicked, or Enter pressed on it while selected
     void LostFocus();  // to another control, not to a menu or another window
+    void DragEnded();  // rows that were dragged have been dropped somewhere, or nowhere
 
  public Q_SLOTS:
     void doItemsLayout() override;
@@ -114,9 +114,11 @@ class ListView : public QTreeView {
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void startDrag(Qt::DropActions actions) override;
 
  private:
     enum class Press { None, OnRow, BesideRows };
+    void EndPress();  // raises the events of a click
     void FitLastColumn();
     int WidestItem(int column) const;  // pixels
 
