@@ -19,11 +19,23 @@ Input::Input() : connection_(xcb_connect(nullptr, nullptr), &xcb_disconnect) {
 }
 
 void Input::Click(QPoint place, int times) {
-    Send(XCB_MOTION_NOTIFY, false, place);
+    Move(place);
     for (int i = 0; i < times; ++i) {
-        Send(XCB_BUTTON_PRESS, kLeftButton);
-        Send(XCB_BUTTON_RELEASE, kLeftButton);
+        PressButton();
+        ReleaseButton();
     }
+}
+
+void Input::PressButton() {
+    Send(XCB_BUTTON_PRESS, kLeftButton);
+}
+
+void Input::ReleaseButton() {
+    Send(XCB_BUTTON_RELEASE, kLeftButton);
+}
+
+void Input::Move(QPoint place) {
+    Send(XCB_MOTION_NOTIFY, false, place);
 }
 
 void Input::Press(Key key) {

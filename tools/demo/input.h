@@ -24,6 +24,10 @@ class Input {
 
     /// `place` is in pixels of the screen.
     void Click(QPoint place, int times = 1);
+    /// The left button, and the pointer; a drag is a press, some moves and a release.
+    void PressButton();
+    void ReleaseButton();
+    void Move(QPoint place);
 
     void Press(Key key);
     void Release(Key key);
