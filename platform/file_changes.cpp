@@ -6,6 +6,7 @@
 
 #include <QFile>
 #include <QStandardPaths>
+#include <cerrno>
 #include <cstdio>
 
 #include "platform/drive_path.h"
@@ -19,15 +20,35 @@ FileResult Outcome(int returned) {
     return returned == 0 ? FileResult::Done : LastFileError();
 }
 
+// One entry, perhaps under two spellings where the file system itself ignores case. Two names of one file are
+// two entries.
 bool SameEntry(const QByteArray& a, const QByteArray& b) {
     struct stat first, second;
-    return lstat(a.constData(), &first) == 0 && lstat(b.constData(), &second) == 0 &&
-           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+    return a == b || (lstat(a.constData(), &first) == 0 && lstat(b.constData(), &second) == 0 &&
+                      first.st_dev == second.st_dev && first.st_ino == second.st_ino &&
+                      (S_ISDIR(first.st_mode) || first.st_nlink == 1));
 }
 
 bool Exists(const QByteArray& native) {
     struct stat status;
     return lstat(native.constData(), &status) == 0;
+}
+
+// To a name that nothing has, also when something gets it at this moment.
+int RenameToNew(const QByteArray& from, const QByteArray& to) {
+    const int returned = renameat2(AT_FDCWD, from.constData(), AT_FDCWD, to.constData(), RENAME_NOREPLACE);
+    const bool unknown = returned != 0 && (errno == EINVAL || errno == ENOSYS);  // to the file system
+    return unknown ? rename(from.constData(), to.constData()) : returned;
+}
+
+// Makes the folder when it is missing. A link in its place, or a folder that others could change, is not
+// ours: what lies there would not be what we put there.
+bool MakeOwnFolder(const QByteArray& native) {
+    mkdir(native.constData(), S_IRWXU);
+    struct stat status;
+    return lstat(native.constData(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid() &&
+           (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 &&
+           faccessat(AT_FDCWD, native.constData(), R_OK | W_OK | X_OK, AT_EACCESS) == 0;
 }
 
 QByteArray NameOf(const QByteArray& native) {
@@ -42,35 +63,38 @@ FileResult MakeFolder(const QString& path) {
 }
 
 FileResult RenameFile(const QString& from, const QString& to) {
-    const auto source = Resolve(from);
+    const auto source = ToNative(from);
     const auto standing = Resolve(to);
     const auto written = ToNative(to);
     if (!source || !standing || !written) {
         return FileResult::PathError;
     }
-    if (Exists(*standing) && !SameEntry(*source, *standing)) {
-        return FileResult::AlreadyExists;
+    if (!Exists(*source)) {
+        return LastFileError();
     }
     const QByteArray target = standing->left(standing->lastIndexOf('/') + 1) + NameOf(*written);
-    return Outcome(rename(source->constData(), target.constData()));
+    if (!Exists(*standing)) {
+        return Outcome(RenameToNew(*source, target));
+    }
+    return SameEntry(*source, *standing) ? Outcome(rename(source->constData(), target.constData()))
+                                         : FileResult::AlreadyExists;
 }
 
 FileResult DeleteFile(const QString& path) {
-    const auto native = Resolve(path);
+    const auto native = ToNative(path);
     return native ? Outcome(unlink(native->constData())) : FileResult::PathError;
 }
 
 QString TemporaryFolder() {
     const QString beside = Join(ProgramFolder(), QStringLiteral("temp"));
-    const auto native = Resolve(beside);
-    if (native && MakePrivateFolder(*native) == FileResult::Done &&
-        faccessat(AT_FDCWD, native->constData(), W_OK | X_OK, AT_EACCESS) == 0) {
+    const auto native = ToNative(beside);
+    if (native && MakeOwnFolder(*native)) {
         return beside;
     }
     const QString cache = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
-    const QByteArray own = QFile::encodeName(cache + QStringLiteral("/websmide/temp"));
-    MakePrivateFolder(own);
-    return FromNative(own);
+    const QByteArray own = QFile::encodeName(cache) + "/websmide";
+    MakePrivateFolder(QFile::encodeName(cache));
+    return MakeOwnFolder(own) && MakeOwnFolder(own + "/temp") ? FromNative(own + "/temp") : QString();
 }
 
 }  // namespace platform
