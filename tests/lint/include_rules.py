@@ -38,7 +38,7 @@ ROOMS = {
     "ftp/engine": Room(
         rooms=("ftp/engine/session", "ftp/engine/net", "ftp/engine/wire"), libraries=("tl", "asio")),
     "ftp": Room(rooms=("ftp/engine/wire",), headers=("ftp/engine/worker.h",), libraries=("tl", "QtCore")),
-    "platform": Room(libraries=("QtCore", "system"), special={"shell*": ("QtGui",)}),
+    "platform": Room(libraries=("QtCore", "system"), special={"shell*": ("glib",)}),
     "settings": Room(rooms=("platform",), libraries=("QtCore",)),
     "toolkit": Room(rooms=("platform",), libraries=QT_MODULES),
     "app/shared": Room(rooms=("ftp", "settings", "toolkit", "platform"), libraries=QT_MODULES),
@@ -71,6 +71,8 @@ def library_of(header, qt_folder):
         return "asio"
     if header.startswith("tl/"):
         return "tl"
+    if header.startswith(("glib", "gobject/", "gio/")):
+        return "glib"
     if header.startswith("Q"):
         found = [m for m in QT_MODULES if header.startswith(m + "/") or os.path.exists(f"{qt_folder}/{m}/{header}")]
         return found[0] if found else "an unknown Qt module"
