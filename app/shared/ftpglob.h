@@ -20,8 +20,8 @@ struct ftpglob {
     QString FileSizeText;                // bytes of the current transfer, as text
     std::int16_t FilterMode = 0;         // 0..8, 0 = no filter
     std::int64_t FilterSizeBytes = 0;
-    QDateTime FilterTime;       // date of the filter
-    QDateTime FilterTimeValue;  // its time of day
+    QDateTime FilterTime;     // date of the filter
+    QString FilterTimeValue;  // its time of day, "12:30:00"
     std::int64_t SelectionKilobytes = 0;
     std::int16_t ScanCounter = 0;
 };

@@ -9,12 +9,26 @@
 namespace forms {
 namespace {
 
-FileStanding StandingOf(const MainForm& form, const platform::FolderEntry& file) {
-    const app::ftpglob& filter = app::Globals();
+/// The filter, as one rebuild of the list uses it.
+struct Filter {
+    int mode;
+    std::int64_t size;  // bytes
+    QDateTime date, variant;
+};
+
+// The variant is in UTC, where no hour of any day is left out.
+Filter CurrentFilter() {
+    const app::ftpglob& globals = app::Globals();
+    const QTime time = QTime::fromString(globals.FilterTimeValue);
+    return {globals.FilterMode, globals.FilterSizeBytes, globals.FilterTime,
+            QDateTime(globals.FilterTime.date(), time, Qt::UTC)};
+}
+
+FileStanding StandingOf(const MainForm& form, const platform::FolderEntry& file, const Filter& filter) {
     const QDateTime changed = QDateTime::fromSecsSinceEpoch(file.modified);
-    return {file.size > filter.FilterSizeBytes, file.size < filter.FilterSizeBytes,
-            form.kolladata1(changed, filter.FilterTime, changed, filter.FilterTimeValue),
-            form.kolladata2(changed, filter.FilterTime, changed, filter.FilterTimeValue)};
+    return {file.size > filter.size, file.size < filter.size,
+            form.kolladata1(changed, filter.date, changed, filter.variant),
+            form.kolladata2(changed, filter.date, changed, filter.variant)};
 }
 
 }  // namespace
@@ -36,10 +50,11 @@ void MainForm::Dir1_Change() {
     File1->SetPath(Dir1->Path());
     if (as_before) File1->Refresh();
 
-    const int mode = app::Globals().FilterMode;
+    const Filter filter = CurrentFilter();
     std::vector<platform::FolderEntry> listed;
     for (const platform::FolderEntry& file : File1->Files())
-        if (mode == 0 || FilterLists(mode, StandingOf(*this, file))) listed.push_back(file);
+        if (filter.mode == 0 || FilterLists(filter.mode, StandingOf(*this, file, filter)))
+            listed.push_back(file);
     local_files_->SetFiles(std::move(listed));
 
     for (QPushButton* button : {Command5, Command4, Command6, Command8, Command1}) button->setEnabled(false);

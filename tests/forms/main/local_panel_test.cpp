@@ -1,4 +1,5 @@
 #include <QLineEdit>
+#include <ctime>
 
 #include "tests/forms/main/main_window.h"
 
@@ -111,21 +112,112 @@ TEST_F(LocalPanel, ThePatternIsAppliedByEnterAndByAClick) {
     EXPECT_EQ(Names().size(), 4) << "an empty pattern lists all files";
 }
 
-TEST_F(LocalPanel, TheFilterDecidesWhatIsListed) {
+class Filter : public LocalPanel {
+ protected:
+    void MakeFileOf(const QString& name, qint64 size, const QDateTime& changed) {
+        MakeFile(name, size);
+        QFile file(files_.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+        ASSERT_TRUE(file.setFileTime(changed, QFileDevice::FileModificationTime));
+    }
+
+    void SetFilterTime(QDate date, const char* time) {
+        app::Globals().FilterTime = date.startOfDay();
+        app::Globals().FilterTimeValue = QString::fromLatin1(time);
+    }
+
+    /// What the list shows, one name after the other.
+    std::string Listed(std::int16_t mode) {
+        app::Globals().FilterMode = mode;
+        window_->Dir1_Change();
+        return Names().join(u' ').toStdString();
+    }
+};
+
+// Each file is named by its size and its time: less than, equal to or greater than the filter's.
+TEST_F(Filter, ListsWhatEachModeAsksFor) {
+    const QDate day(1999, 4, 6);
+    const struct {
+        char16_t letter;
+        qint64 size;
+        QTime time;
+    } standings[] = {{u'a', 99, {12, 29}}, {u'b', 100, {12, 30}}, {u'c', 101, {12, 31}}};
+    for (const auto& size : standings)
+        for (const auto& time : standings)
+            MakeFileOf(QString(QChar(size.letter)) + QChar(time.letter), size.size, {day, time.time});
+    app::Globals().FilterSizeBytes = 100;
+    SetFilterTime(day, "12:30:00");
+    Open();
+    EXPECT_EQ(Listed(0), "aa ab ac ba bb bc ca cb cc");
+    EXPECT_EQ(Listed(1), "ca cb cc");
+    EXPECT_EQ(Listed(2), "aa ab ac");
+    EXPECT_EQ(Listed(3), "ac bc cc");
+    EXPECT_EQ(Listed(4), "aa ba ca");
+    EXPECT_EQ(Listed(5), "cc");
+    EXPECT_EQ(Listed(6), "ca");
+    EXPECT_EQ(Listed(7), "ac");
+    EXPECT_EQ(Listed(8), "aa");
+}
+
+TEST_F(Filter, IsInForceWhenTheWindowOpens) {
     MakeFile(QStringLiteral("100"), 100);
     MakeFile(QStringLiteral("101"), 101);
     app::Globals().FilterMode = 1;
     app::Globals().FilterSizeBytes = 100;
     Open();
     EXPECT_EQ(Names(), QStringList{QStringLiteral("101")});
-    app::Globals().FilterMode = 3;
-    const QDateTime tomorrow = QDateTime::currentDateTime().addDays(1);
-    app::Globals().FilterTime = app::Globals().FilterTimeValue = tomorrow;
-    window_->Dir1_Change();
-    EXPECT_EQ(Names(), QStringList());
-    app::Globals().FilterMode = 4;
-    window_->Dir1_Change();
-    EXPECT_EQ(Names().size(), 2);
+}
+
+TEST_F(Filter, ComparesTimesToTheMinute) {
+    const QDate day(1999, 4, 6);
+    MakeFileOf(QStringLiteral("before"), 1, {day, {12, 29, 59}});
+    MakeFileOf(QStringLiteral("first"), 1, {day, {12, 30, 0}});
+    MakeFileOf(QStringLiteral("last"), 1, {day, {12, 30, 59}});
+    MakeFileOf(QStringLiteral("next"), 1, {day, {12, 31, 0}});
+    SetFilterTime(day, "12:30:00");
+    Open();
+    EXPECT_EQ(Listed(3), "next");
+    EXPECT_EQ(Listed(4), "before");
+}
+
+TEST_F(Filter, ComparesDaysBeforeHours) {
+    MakeFileOf(QStringLiteral("day_before"), 1, {{1999, 4, 5}, {23, 59}});
+    MakeFileOf(QStringLiteral("day_after"), 1, {{1999, 4, 7}, {0, 0}});
+    SetFilterTime({1999, 4, 6}, "12:30:00");
+    Open();
+    EXPECT_EQ(Listed(3), "day_after");
+    EXPECT_EQ(Listed(4), "day_before");
+}
+
+/// Local time as a rule of the system has it, until this ends.
+class TimeZone {
+ public:
+    explicit TimeZone(const char* rule) {
+        qputenv("TZ", rule);
+        tzset();
+    }
+    ~TimeZone() {
+        if (before_.isNull())
+            qunsetenv("TZ");
+        else
+            qputenv("TZ", before_);
+        tzset();
+    }
+
+ private:
+    const QByteArray before_ = qgetenv("TZ");
+};
+
+// The filter asks for what the clock shows, also where the clock never showed it.
+TEST_F(Filter, KnowsTheHourThatSummerTimeLeavesOut) {
+    const TimeZone swedish("CET-1CEST,M3.5.0,M10.5.0/3");
+    const QDate day(2016, 3, 27);
+    MakeFileOf(QStringLiteral("before"), 1, {day, {1, 40}});
+    MakeFileOf(QStringLiteral("after"), 1, {day, {3, 10}});
+    SetFilterTime(day, "02:30:00");
+    Open();
+    EXPECT_EQ(Listed(3), "after");
+    EXPECT_EQ(Listed(4), "before");
 }
 
 TEST_F(LocalPanel, ARowActsOnTheVeryFileItWasMadeFrom) {
