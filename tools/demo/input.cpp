@@ -11,6 +11,7 @@ namespace demo {
 namespace {
 
 constexpr std::uint8_t kLeftButton = 1;
+constexpr std::uint8_t kRightButton = 3;
 
 }  // namespace
 
@@ -24,6 +25,12 @@ void Input::Click(QPoint place, int times) {
         PressButton();
         ReleaseButton();
     }
+}
+
+void Input::RightClick(QPoint place) {
+    Move(place);
+    Send(XCB_BUTTON_PRESS, kRightButton);
+    Send(XCB_BUTTON_RELEASE, kRightButton);
 }
 
 void Input::PressButton() {
@@ -44,6 +51,13 @@ void Input::Press(Key key) {
 
 void Input::Release(Key key) {
     Send(XCB_KEY_RELEASE, CodeOf(key));
+}
+
+void Input::CloseWindow() {
+    Press(Key::Alt);
+    Press(Key::F4);
+    Release(Key::F4);
+    Release(Key::Alt);
 }
 
 void Input::Send(std::uint8_t type, std::uint8_t detail, QPoint place) {

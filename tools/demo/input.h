@@ -24,6 +24,7 @@ class Input {
 
     /// `place` is in pixels of the screen.
     void Click(QPoint place, int times = 1);
+    void RightClick(QPoint place);
     /// The left button, and the pointer; a drag is a press, some moves and a release.
     void PressButton();
     void ReleaseButton();
@@ -31,6 +32,8 @@ class Input {
 
     void Press(Key key);
     void Release(Key key);
+    /// Alt+F4, the window manager's key for it.
+    void CloseWindow();
 
  private:
     void Send(std::uint8_t type, std::uint8_t detail, QPoint place = {});

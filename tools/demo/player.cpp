@@ -1,16 +1,16 @@
-// Plays the demo session in the program that has loaded this plugin, as a person would: with the mouse and
-// the keyboard. Each step is told on the standard output and leaves a picture of the screen. A step that
-// fails ends the process at once with code 1; so does a program that ends before its time.
+// Plays a script in the program that has loaded this plugin, as a person would: with the mouse and the
+// keyboard. Each step is told on the standard output and leaves a picture: of the screen, numbered, or of
+// what the step frames, under its own name. A step that fails ends the process at once with code 1; so does a
+// program that ends before its time.
 //
-// WEBSMIDE_DEMO names the folder of the session: "server" in it is the account's home, "local" the program's
-// current folder, and the pictures come beside them.
+// The plugin's specification (QT_QPA_GENERIC_PLUGINS=demo_player:SCRIPT) names the script: "session" or
+// "screens". WEBSMIDE_DEMO names the folder of the pictures; for the session, "server" in it is the account's
+// home and "local" the program's current folder.
 
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QGenericPlugin>
 #include <QImage>
-#include <QPixmap>
-#include <QScreen>
 #include <QTimer>
 #include <chrono>
 #include <cstdio>
@@ -18,6 +18,8 @@
 #include <stdexcept>
 #include <utility>
 
+#include "tools/demo/pictures.h"
+#include "tools/demo/screens.h"
 #include "tools/demo/session.h"
 
 namespace demo {
@@ -29,15 +31,14 @@ using namespace Qt::StringLiterals;
 constexpr auto kInterval = 40ms;
 constexpr auto kDeadline = 30s;  // of a step; a loaded machine is slow, and a person patient
 
-QImage Screen() {
-    return QGuiApplication::primaryScreen()->grabWindow(0).toImage();
-}
-
 // A timer of the program's own event loop: it goes on in every nested loop too.
 class Player : public QObject {
  public:
-    Player() : folder_(qEnvironmentVariable("WEBSMIDE_DEMO")) {
-        steps_ = Session(input_, QDir(folder_.filePath(u"server"_s)), QDir(folder_.filePath(u"local"_s)));
+    explicit Player(const QString& script) : folder_(qEnvironmentVariable("WEBSMIDE_DEMO")) {
+        QApplication::setCursorFlashTime(0);  // a picture does not depend on its moment
+        steps_ = script == u"screens"_s ? Screens(input_)
+                                        : Session(input_, QDir(folder_.filePath(u"server"_s)),
+                                                  QDir(folder_.filePath(u"local"_s)));
         connect(&timer_, &QTimer::timeout, this, &Player::Play);
         connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, this, &Player::End);
         timer_.start(kInterval);
@@ -67,7 +68,9 @@ class Player : public QObject {
     }
 
     void Finish() {
-        Tell("done");
+        const Step& step = steps_[current_];
+        if (step.frame) picture_ = Framed(picture_, step.frame(), step.marks);
+        Tell(false);
         started_.invalidate();
         if (++current_ == steps_.size()) timer_.stop();
     }
@@ -81,19 +84,20 @@ class Player : public QObject {
         Finish();
     }
 
-    void Tell(const char* outcome) {
+    void Tell(bool failed) {
         const QString name = steps_[current_].name;
-        const QString file =
-            u"%1-%2.png"_s.arg(current_ + 1, 2, 10, QLatin1Char('0')).arg(QString(name).replace(u' ', u'-'));
+        QString file = QString(name).replace(u' ', u'-') + u".png"_s;
+        if (!steps_[current_].frame || failed)
+            file = u"%1-%2"_s.arg(current_ + 1, 2, 10, QLatin1Char('0')).arg(file);
         picture_.save(folder_.filePath(file));
-        std::printf("%2zu/%zu  %-30s %-5s build/demo/%s\n", current_ + 1, steps_.size(), qPrintable(name),
-                    outcome, qPrintable(file));
+        std::printf("%2zu/%zu  %-30s %-6s %s\n", current_ + 1, steps_.size(), qPrintable(name),
+                    failed ? "FAILED" : "done", qPrintable(file));
         std::fflush(stdout);
     }
 
     [[noreturn]] void Fail(const char* reason) {
         picture_ = Screen();
-        Tell("FAILED");
+        Tell(true);
         std::fprintf(stderr, "%s\n", reason);
         std::_Exit(EXIT_FAILURE);
     }
@@ -113,7 +117,7 @@ class PlayerPlugin : public QGenericPlugin {
     Q_OBJECT
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "player.json")
  public:
-    QObject* create(const QString&, const QString&) override { return new Player; }
+    QObject* create(const QString&, const QString& script) override { return new Player(script); }
 };
 
 }  // namespace demo

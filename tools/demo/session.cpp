@@ -1,63 +1,18 @@
 #include "tools/demo/session.h"
 
-#include <QAbstractItemView>
-#include <QApplication>
 #include <QComboBox>
 #include <QFile>
-#include <stdexcept>
+
+#include "tools/demo/look.h"
 
 namespace demo {
 namespace {
 
 using namespace Qt::StringLiterals;
 
-const QString kMain = u"MainForm"_s;
-const QString kConnection = u"frmConnection"_s;
-const QString kQuestion = u"InputBox"_s;
 const QString kPicture = u"segelbåt.png"_s;
 const QString kPage = u"nyheter.htm"_s;
 const QString kPagePicture = u"stuga.png"_s;
-
-QWidget* OpenWindow(const QString& name) {
-    for (QWidget* window : QApplication::topLevelWidgets())
-        if (window->objectName() == name && window->isVisible()) return window;
-    return nullptr;
-}
-
-// Where the window manager has not yet framed a window, the window has not come to its place.
-bool IsReady(const QString& name) {
-    const QWidget* const window = OpenWindow(name);
-    return window && window->isEnabled() && window->isActiveWindow() &&
-           window->frameGeometry() != window->geometry();
-}
-
-template <typename T = QWidget>
-T& Control(const QString& window, const QString& name) {
-    QWidget* const owner = OpenWindow(window);
-    T* const control = owner ? owner->findChild<T*>(name) : nullptr;
-    if (!control) throw std::runtime_error(qPrintable(window + u'.' + name + u" is missing"_s));
-    return *control;
-}
-
-QAbstractItemView& ServerFiles() {
-    return Control<QAbstractItemView>(kMain, u"listdir2"_s);
-}
-
-QAbstractItemView& LocalFiles() {
-    return Control<QAbstractItemView>(kMain, u"list2"_s);
-}
-
-bool IsEnabled(const QString& name) {
-    return Control(kMain, name).isEnabled();
-}
-
-// A row of the server is a whole line of its listing, with the name at the end.
-QStringList Names(const QAbstractItemView& list) {
-    QStringList names;
-    for (int row = 0; row < list.model()->rowCount(); ++row)
-        names.append(list.model()->index(row, 0).data().toString().section(u' ', -1));
-    return names;
-}
 
 bool Shows(const QAbstractItemView& list, const QDir& folder) {
     QStringList shown = Names(list);
@@ -72,25 +27,6 @@ bool AreSame(const QString& path, const QString& other_path) {
     QFile other(other_path);
     return file.open(QIODevice::ReadOnly) && other.open(QIODevice::ReadOnly) && file.size() > 0 &&
            file.readAll() == other.readAll();
-}
-
-QPoint PlaceOf(const QWidget& widget, QPoint place) {
-    if (!widget.isVisible() || !widget.isEnabled())
-        throw std::runtime_error(qPrintable(widget.objectName() + u" takes no clicks"_s));
-    if (!widget.rect().contains(place))
-        throw std::runtime_error(qPrintable(widget.objectName() + u" has to be scrolled"_s));
-    return (QPointF(widget.mapToGlobal(place)) * widget.devicePixelRatioF()).toPoint();
-}
-
-QPoint PlaceOf(const QString& window, const QString& name) {
-    const QWidget& widget = Control(window, name);
-    return PlaceOf(widget, widget.rect().center());
-}
-
-QPoint PlaceOf(const QAbstractItemView& list, const QString& name) {
-    const auto row = static_cast<int>(Names(list).indexOf(name));
-    if (row < 0) throw std::runtime_error(qPrintable(name + u" is not listed"_s));
-    return PlaceOf(*list.viewport(), list.visualRect(list.model()->index(row, 0)).center());
 }
 
 }  // namespace
@@ -152,14 +88,7 @@ std::vector<Step> Session(Input& input, const QDir& server, const QDir& local) {
                     AreSame(server.filePath(kPagePicture), local.filePath(kPagePicture)) &&
                     server_shows(server)();
          }},
-        {u"close the program"_s,
-         [&input] {
-             input.Press(Key::Alt);
-             input.Press(Key::F4);
-             input.Release(Key::F4);
-             input.Release(Key::Alt);
-         },
-         [] { return !OpenWindow(kMain); }},
+        {u"close the program"_s, [&input] { input.CloseWindow(); }, [] { return !OpenWindow(kMain); }},
     };
 }
 

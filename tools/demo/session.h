@@ -2,19 +2,11 @@
 // The demo session: what is done in the program, and how it is seen that it has been done. UI thread only.
 
 #include <QDir>
-#include <QString>
-#include <functional>
-#include <vector>
 
 #include "tools/demo/input.h"
+#include "tools/demo/step.h"
 
 namespace demo {
-
-struct Step {
-    QString name;
-    std::function<void()> act;    // sends the events and returns at once; throws where it cannot be done
-    std::function<bool()> until;  // whether the step is over; asked again and again
-};
 
 /// The steps from the open main window to its closing, in a program that has been started in `local` with
 /// "Demo" as its first profile, whose account's home folder is `server`. `input` must outlive them.
