@@ -141,4 +141,15 @@ QString Join(const QString& path, const QString& name) {
     return path.endsWith(u'\\') ? path + name : path + u'\\' + name;
 }
 
+// From the bytes, both ways: a name need not be text.
+QUrl ToUrl(const QString& path) {
+    const auto native = ToNative(path);
+    return native ? QUrl::fromEncoded("file://" + native->toPercentEncoding("/")) : QUrl();
+}
+
+std::optional<QString> FromUrl(const QUrl& url) {
+    if (!url.isLocalFile()) return std::nullopt;
+    return FromNative(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()));
+}
+
 }  // namespace platform

@@ -9,6 +9,7 @@
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 #include <optional>
 
 namespace platform {
@@ -24,6 +25,11 @@ std::optional<QByteArray> ToNative(const QString& path);
 /// As ToNative, then each name is looked up as classic file systems do: the exact name wins, else the one
 /// entry that is equal but for case; with none or several the name stays as written.
 std::optional<QByteArray> Resolve(const QString& path);
+
+/// The "file" URL of a path, as other programs exchange it; empty for text that is no path.
+QUrl ToUrl(const QString& path);
+/// The path of a file on this computer, or nothing for any other URL.
+std::optional<QString> FromUrl(const QUrl& url);
 
 /// One name between the notation and the disk.
 QString NameFromNative(const QByteArray& name);

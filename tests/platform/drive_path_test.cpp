@@ -99,6 +99,19 @@ TEST(DrivePath, CIsAlwaysTheRoot) {
     }
 }
 
+TEST(Url, CarriesAnyNameThereAndBack) {
+    for (const QByteArray& native :
+         {QByteArray("/home/anna/a b #1 & 100%.htm"), QByteArray("/latin-\366.txt"), QByteArray("/a\\b?.txt"),
+          QByteArray("/")}) {
+        const QUrl url = ToUrl(FromNative(native));
+        EXPECT_EQ(QByteArray::fromPercentEncoding(url.toEncoded()), "file://" + native);
+        EXPECT_EQ(FromUrl(url), FromNative(native));
+    }
+    EXPECT_EQ(FromUrl(QUrl("file:///home/anna/%C3%A5ret.txt")), QStringLiteral("C:\\home\\anna\\året.txt"));
+    EXPECT_EQ(FromUrl(QUrl("https://example.org/a.txt")), std::nullopt);
+    EXPECT_TRUE(ToUrl("ingen sökväg").isEmpty());
+}
+
 class ResolveTest : public testing::Test {
  protected:
     void Touch(const QByteArray& name) {
