@@ -1,6 +1,7 @@
 #include "tools/demo/look.h"
 
 #include <QApplication>
+#include <QWindow>
 
 namespace demo {
 namespace {
@@ -23,11 +24,19 @@ QWidget* OpenWindow(const QString& name) {
     return nullptr;
 }
 
-// Where the window manager has not yet framed a window, the window has not come to its place.
+// Where the window manager has not yet framed a window, the window has not come to its place. The widget
+// keeps the frame that it has been told of first, if only to say that there is none; the window behind it
+// knows.
 bool IsReady(const QString& name) {
     const QWidget* const window = OpenWindow(name);
     return window && window->isEnabled() && window->isActiveWindow() &&
-           window->frameGeometry() != window->geometry();
+           !window->windowHandle()->frameMargins().isNull();
+}
+
+QRect FrameOf(const QString& name) {
+    const QWidget* const window = OpenWindow(name);
+    if (!window) throw std::runtime_error(qPrintable(name + u" is not open"_s));
+    return window->windowHandle()->frameGeometry();
 }
 
 bool IsEnabled(const QString& name) {

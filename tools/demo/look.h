@@ -20,6 +20,9 @@ QWidget* OpenWindow(const QString& name);
 /// Whether the window is there, in its place, and has the keyboard.
 bool IsReady(const QString& name);
 
+/// Where it stands, with the frame that the window manager has put around it.
+QRect FrameOf(const QString& name);
+
 template <typename T = QWidget>
 T& Control(const QString& window, const QString& name) {
     QWidget* const owner = OpenWindow(window);

@@ -35,10 +35,6 @@ const std::vector<Mark> kRegions = {
     {u"listTrace"_s, Qt::AlignCenter},
 };
 
-QRect FrameOf(const QString& window) {
-    return OpenWindow(window)->frameGeometry();
-}
-
 // Out of the way, so that nothing looks pressed or explains itself.
 QPoint RestingPlace() {
     return QGuiApplication::primaryScreen()->geometry().bottomRight();
