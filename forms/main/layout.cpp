@@ -79,12 +79,13 @@ void MainForm::PrepareLayout() {
     antal2->setForegroundRole(QPalette::HighlightedText);
     lblState->Show(QStringLiteral("Ej ansluten"));
     label7->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("1000000000")));
-    list2->viewport()->installEventFilter(this);
     p1->installEventFilter(this);
     Text1->lineEdit()->installEventFilter(this);
     for (QPushButton* button : findChildren<QPushButton*>()) button->installEventFilter(this);
     ftp::OperationGate::AllowWhileBusy(avb);
     ftp::OperationGate::AllowWhileBusy(listTrace);
+    PrepareMenus();
+    PrepareDrops();
 }
 
 void MainForm::resizeEvent(QResizeEvent*) {
@@ -129,7 +130,16 @@ bool MainForm::eventFilter(QObject* watched, QEvent* event) {
     if (watched == Text1->lineEdit() && event->type() == QEvent::MouseButtonRelease) Text1_Click();
     if (event->type() == QEvent::Shortcut && static_cast<QShortcutEvent*>(event)->isAmbiguous())
         return ChooseAmongAmbiguous(*static_cast<QAbstractButton*>(watched));
-    return QWidget::eventFilter(watched, event);
+    switch (event->type()) {
+        case QEvent::KeyPress:
+            return HandleListKey(watched, *static_cast<QKeyEvent*>(event));
+        case QEvent::DragEnter:
+        case QEvent::DragMove:
+        case QEvent::Drop:
+            return HandleDrag(watched, *static_cast<QDropEvent*>(event));
+        default:
+            return QWidget::eventFilter(watched, event);
+    }
 }
 
 // Both panels have buttons with the same letter: the panel with the focus decides. Where that does not, Qt

@@ -1,13 +1,39 @@
 #include "forms/main/local_files_model.h"
 
+#include <QMimeData>
+#include <QUrl>
+
+#include "platform/drive_path.h"
 #include "toolkit/conversions.h"
 
 namespace forms {
 
-void LocalFilesModel::SetFiles(std::vector<platform::FolderEntry> files) {
+void LocalFilesModel::SetFiles(const QString& folder, std::vector<platform::FolderEntry> files) {
     beginResetModel();
+    folder_ = folder;
     files_ = std::move(files);
     endResetModel();
+}
+
+QString LocalFilesModel::PathOf(int row) const {
+    return platform::Join(folder_, At(row).name);
+}
+
+Qt::ItemFlags LocalFilesModel::flags(const QModelIndex& index) const {
+    return QAbstractTableModel::flags(index) | Qt::ItemIsDragEnabled;
+}
+
+QStringList LocalFilesModel::mimeTypes() const {
+    return {QStringLiteral("text/uri-list")};
+}
+
+QMimeData* LocalFilesModel::mimeData(const QModelIndexList& indexes) const {
+    QList<QUrl> urls;
+    for (const QModelIndex& index : indexes)
+        if (index.column() == 0) urls.append(platform::ToUrl(PathOf(index.row())));
+    auto* data = new QMimeData;
+    data->setUrls(urls);
+    return data;
 }
 
 int LocalFilesModel::rowCount(const QModelIndex& parent) const {

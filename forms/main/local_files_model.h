@@ -15,9 +15,18 @@ class LocalFilesModel : public QAbstractTableModel {
  public:
     using QAbstractTableModel::QAbstractTableModel;
 
-    void SetFiles(std::vector<platform::FolderEntry> files);
+    /// `folder` is where they lie, in the drive-letter notation.
+    void SetFiles(const QString& folder, std::vector<platform::FolderEntry> files);
     /// `row` must exist. The name is as on the disk; the screen shows it in lower case.
     const platform::FolderEntry& At(int row) const { return files_[static_cast<std::size_t>(row)]; }
+
+    /// The path of the very file that the row was made from.
+    QString PathOf(int row) const;
+
+    // Rows can be dragged, to other programs too: they are given as URLs of files.
+    Qt::ItemFlags flags(const QModelIndex& index) const override;
+    QStringList mimeTypes() const override;
+    QMimeData* mimeData(const QModelIndexList& indexes) const override;
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;
@@ -25,6 +34,7 @@ class LocalFilesModel : public QAbstractTableModel {
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
  private:
+    QString folder_;
     std::vector<platform::FolderEntry> files_;
 };
 

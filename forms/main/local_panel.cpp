@@ -55,9 +55,10 @@ void MainForm::Dir1_Change() {
     for (const platform::FolderEntry& file : File1->Files())
         if (filter.mode == 0 || FilterLists(filter.mode, StandingOf(*this, file, filter)))
             listed.push_back(file);
-    local_files_->SetFiles(std::move(listed));
+    local_files_->SetFiles(File1->Path(), std::move(listed));
 
-    for (QPushButton* button : {Command5, Command4, Command6, Command8, Command1}) button->setEnabled(false);
+    for (QPushButton* button : {Command5, Command4, Command6, Command8, fleratabort2, Command1})
+        button->setEnabled(false);
 }
 
 void MainForm::Drive1_Change() {
@@ -90,6 +91,7 @@ void MainForm::list2_Click() {
 
 void MainForm::List1_Click() {
     const int selected = List1->SelCount();
+    fleratabort2->setEnabled(selected > 0);
     if (!List1->Text().isEmpty() && selected < 2)
         for (QPushButton* button : {Command6, Command8, Command5, Command4}) button->setEnabled(true);
     if (selected > 1)
@@ -103,7 +105,7 @@ void MainForm::List1_KeyUp() {
 
 // The name as it is on the disk: it leads to this very file and needs no look through the folder.
 QString MainForm::LocalPathOfRow(int row) const {
-    return platform::Join(Dir1->Path(), local_files_->At(row).name);
+    return local_files_->PathOf(row);
 }
 
 }  // namespace forms

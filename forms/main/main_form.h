@@ -13,7 +13,7 @@
 //     tabd with tabort2, tabort3)   Command29 favourite folders   Dir1 folders   list2 and hidden List1 the
 //     files, two views of one model   File1 hidden source of the files   Label2 state of the filter Command7
 //     "&Uppdatera"  Command3 "&Skapa katalog"  Command5 "&Kör"  Command4 "&Visa"  Command6 "&Döp om" Command8
-//     "&Ta bort"    fleratabort2 hidden: removes all selected files
+//     "&Ta bort"    fleratabort2 "Ta b&ort markerade"
 //   Server panel, in Frame2 "Server"
 //     server1 picture   listdir2 and hidden listDir the raw listing lines, two views of one model
 //     Command9 "&Uppdatera"  Command21 "&cd.."  Command14 "&Skapa katalog"  Command11 "&Kör"  Command12
@@ -30,6 +30,7 @@
 #include <QMenu>
 #include <QPointer>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -37,13 +38,20 @@
 #include "forms/main/server_lines_model.h"
 #include "ftp/component.h"
 #include "ftp/progress_arithmetic.h"
+#include "platform/file_result.h"
 #include "settings/settings_store.h"
 #include "ui_main_form.h"
 
 namespace forms {
 
+class favviskat;
 class Form1;
+class Form2;
+class Form3;
+class Form4;
 class frmConnection;
+class TextViewer;
+struct Upload;
 
 class MainForm : public QWidget, private Ui::MainForm {
     Q_OBJECT
@@ -57,8 +65,8 @@ class MainForm : public QWidget, private Ui::MainForm {
     std::int16_t ExecuteCommand(std::int16_t code);
     /// Shows a child window in the place of the current one; the button of the shown one is bold.
     void LoadForm(QWidget& form, QPushButton& button);
-    /// Opens the document with the program that the desktop associates with it; the shell's result (above 32
-    /// when it was started).
+    /// Opens the document with the program that the desktop associates with it; the shell's result: above 32
+    /// when it was started, else the trace says why not.
     std::int32_t StartDoc(const QString& path);
     /// Whether the file's time is later, or earlier, than the filter's. The days come from the dates, hour
     /// and minute from the variants.
@@ -93,6 +101,8 @@ class MainForm : public QWidget, private Ui::MainForm {
     void MDIForm_Load();
     void MDIForm_QueryUnload();
     void UnloadSecondaryWindows();
+    void ShowText(const QString& path);
+    int TellShellResult(int result, const QString& path);  // the same result
     void RestorePlace();
     void SavePlace();
     // wiring.cpp
@@ -106,9 +116,31 @@ class MainForm : public QWidget, private Ui::MainForm {
     void FitFileColumns();
     void PlacePercentages();
     bool ChooseAmongAmbiguous(QAbstractButton& button);
+    // menus.cpp
+    void PrepareMenus();
+    void ShowLocalMenu(QPoint place);
+    void ShowFolderMenu(QPoint place);
+    void ShowServerMenu(QPoint place);
+    void ShowTraceMenu(QPoint place);
+    void OpenParentFolder();
+    void SaveTrace();
+    bool HandleListKey(const QObject* list, const QKeyEvent& event);
+    bool HandleLocalKey(int key);
+    bool HandleServerKey(int key);
+    // drops.cpp
+    void PrepareDrops();
+    bool MayDrop(const QObject* target, const QDropEvent& event) const;
+    bool HandleDrag(const QObject* target, QDropEvent& event);
+    void TakeDrop(const QDropEvent& event);
+    void ActOnDrop();
+    void SendDropped(const QList<QUrl>& urls);
     // toolbar.cpp
     void cmdConnection_Click();
+    void cmdDirectory_Click();
     void Command16_Click();
+    void Command17_Click();
+    void Command18_Click();
+    void Command19_Click();
     // trace.cpp
     void Ftp1_Debug(const QString& line);
     void Ftp1_Error(std::int32_t number, const QString& text);
@@ -125,9 +157,21 @@ class MainForm : public QWidget, private Ui::MainForm {
     void listdir2_DblClick();
     void listdir2_ItemClick(int row);
     void listdir2_LostFocus();
+    // server_files.cpp
+    void Command10_Click();
+    void Command11_Click();
+    void Command12_Click();
+    void Command13_Click();
+    void Command14_Click();
+    void fleratabort_Click();
+    void RefuseToRenameSeveral();
+    void DeleteServerFile(const QString& name);
+    bool UserWantsToDeleteMarked();
+    std::optional<QString> FetchIntoTemporaryFolder();  // the copy of the selected server file
     // transfers.cpp
     void Command1_Click();
-    void SendOne();
+    void Send(const std::vector<Upload>& uploads, const QString& folder);
+    void SendOne(const Upload& file);
     void Command2_Click();
     void FetchOne(const QString& file, const QString& local_path);
     void avb_Click();
@@ -136,7 +180,7 @@ class MainForm : public QWidget, private Ui::MainForm {
     void ReleaseServerPanel();
     void ResetStrip();
     void RememberFolder(const QString& folder);
-    void ShowTransferWindow();
+    void ShowTransferWindow(const std::vector<Upload>& uploads);
     std::optional<QString> SizeOfUpload() const;
     std::optional<QString> SizeOfDownload() const;
     void ShowProgress(const ftp::StripChange& change);
@@ -147,6 +191,21 @@ class MainForm : public QWidget, private Ui::MainForm {
     void List1_KeyUp();
     void Text1_Click();
     void Text1_KeyPress(int key_ascii);
+    // local_files.cpp
+    void Command3_Click();
+    void Command4_Click();
+    void Command5_Click();
+    void Command6_Click();
+    void Command8_Click();
+    void fleratabort2_Click();
+    int SingleLocalRow() const;
+    void Tell(platform::FileResult result, const QString& path);
+    // local_dialogs.cpp
+    void AddToFavourites(const QString& folder);
+    void Command29_Click();
+    void Label2_Click();
+    void Label2_Change();
+    void SetFilterCaption(const QString& caption);
     // remembered_folders.cpp
     void lk_Click();
     void lk_KeyPress(int key_ascii);
@@ -160,9 +219,17 @@ class MainForm : public QWidget, private Ui::MainForm {
     ServerLinesModel* const server_lines_;
     LocalFilesModel* const local_files_;
     QMenu* const tabd;
-    bool adding_ = false;  // a listing line is being added by Ftp1_DirItem, not chosen by the user
-    std::unique_ptr<frmConnection> connection_;  // the last one that was opened
-    std::unique_ptr<Form1> transfer_;            // the last one that was opened; it may have been none
+    bool adding_ = false;            // a listing line is being added by Ftp1_DirItem, not chosen by the user
+    int failures_ = 0;               // error events of the component so far
+    std::function<void()> dropped_;  // what to do when the drag is over
+    // Each the last one that was opened; there may have been none.
+    std::unique_ptr<frmConnection> connection_;
+    std::unique_ptr<Form1> transfer_;
+    std::unique_ptr<Form2> about_;
+    std::unique_ptr<Form3> filter_;
+    std::unique_ptr<Form4> help_panel_;
+    std::unique_ptr<favviskat> favourites_;
+    std::unique_ptr<TextViewer> viewer_;
     QPointer<QWidget> current_child_;
     QPointer<QPushButton> current_button_;
 };

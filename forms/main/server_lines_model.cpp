@@ -20,6 +20,10 @@ QVariant ServerLinesModel::data(const QModelIndex& index, int role) const {
     return ImageList1[static_cast<std::size_t>(ftp::ListingIcon(At(index.row())) - 1)];
 }
 
+Qt::ItemFlags ServerLinesModel::flags(const QModelIndex& index) const {
+    return LineModel::flags(index) | Qt::ItemIsDragEnabled;
+}
+
 QVariant ServerLinesModel::headerData(int section, Qt::Orientation orientation, int role) const {
     if (section == 0 && orientation == Qt::Horizontal && role == Qt::DisplayRole)
         return QStringLiteral("Server-fil");

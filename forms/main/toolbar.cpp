@@ -2,8 +2,11 @@
 
 #include "app/shared/ftpglob.h"
 #include "app/shared/window_routines.h"
+#include "forms/about/about_form.h"
+#include "forms/about/help_panel_form.h"
 #include "forms/connection/connection_form.h"
 #include "forms/main/main_form.h"
+#include "platform/folder.h"
 
 namespace forms {
 
@@ -13,6 +16,9 @@ void MainForm::cmdConnection_Click() {
                        *Command23, [this] { ClearServerLists(); }, [this] { BuildServerList(); }});
     connection_->Form_Load();
 }
+
+// Kept with its caption, without effect.
+void MainForm::cmdDirectory_Click() {}
 
 void MainForm::Command16_Click() {
     app::SetHourglass(true);
@@ -25,6 +31,27 @@ void MainForm::Command16_Click() {
     server_lines_->Clear();
     app::SetHourglass(false);
     app::Globals().SessionOpen = false;
+}
+
+void MainForm::Command17_Click() {
+    StartDoc(platform::ProgramFolder() + QStringLiteral("\\..\\hjälp\\helpftp.htm"));
+}
+
+void MainForm::Command18_Click() {
+    about_ = std::make_unique<Form2>(*this);
+    connect(about_.get(), &Form2::HelpWanted, this, &MainForm::Command17_Click);
+    about_->Form_Load();
+}
+
+void MainForm::Command19_Click() {
+    if (!help_panel_) {
+        help_panel_ = std::make_unique<Form4>(*this);
+        help_panel_->Form_Load();
+    }
+    const bool show = !help_panel_->isVisible();
+    help_panel_->setVisible(show);
+    store_.SaveSetting(settings::kFtpApplication, QStringLiteral("general"), QStringLiteral("visa"),
+                       show ? QStringLiteral("1") : QStringLiteral("0"));
 }
 
 }  // namespace forms

@@ -28,6 +28,7 @@ void MainForm::Ftp1_Debug(const QString& line) {
 }
 
 void MainForm::Ftp1_Error(std::int32_t number, const QString& text) {
+    ++failures_;
     Trace(ftp::ErrorLine(number, text));
     lblLastError->Show(QString::number(number) + QLatin1Char(' ') + text);
 }

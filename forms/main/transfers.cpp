@@ -11,22 +11,29 @@
 namespace forms {
 
 void MainForm::Command1_Click() {
+    QList<int> marked = List1->SelectedRows();
+    if (marked.isEmpty()) marked = {List1->ListIndex()};
+    std::vector<Upload> uploads;
+    for (const int row : marked) uploads.push_back({LocalPathOfRow(row), List1->List(row)});
+    Send(uploads, Dir1->Path());
+}
+
+void MainForm::Send(const std::vector<Upload>& uploads, const QString& folder) {
     HoldServerPanel();
     Ftp1->ModeFlagA = true;
     Ftp1->ModeFlagB = true;
-    RememberFolder(Dir1->Path());
+    RememberFolder(folder);
     app::Globals().UploadRunning = 1;
     ResetStrip();
-    List1->SelCount() >= 2 ? ShowTransferWindow() : SendOne();
+    uploads.size() >= 2 ? ShowTransferWindow(uploads) : SendOne(uploads.front());
     Command9_Click();
     ReleaseServerPanel();
 }
 
-void MainForm::SendOne() {
-    const int row = List1->SelCount() == 1 ? List1->SelectedRows().first() : List1->ListIndex();
+void MainForm::SendOne(const Upload& file) {
     avb->setEnabled(true);
-    Ftp1->SourceFileName = LocalPathOfRow(row);
-    Ftp1->DestinationFileName = List1->List(row);
+    Ftp1->SourceFileName = file.path;
+    Ftp1->DestinationFileName = file.name;
     Ftp1->PutFile();
     app::Globals().UploadRunning = 0;
     avb->setEnabled(false);
@@ -44,7 +51,7 @@ void MainForm::Command2_Click() {
     HoldServerPanel();
     app::Globals().DownloadRunning = 1;
     ResetStrip();
-    batch ? ShowTransferWindow() : FetchOne(file, platform::Join(Dir1->Path(), name));
+    batch ? ShowTransferWindow({}) : FetchOne(file, platform::Join(Dir1->Path(), name));
     Command23->setEnabled(true);
     Command7_Click();
     ReleaseServerPanel();
@@ -80,10 +87,9 @@ void MainForm::RememberFolder(const QString& folder) {
     if (lk->findText(folder, Qt::MatchExactly | Qt::MatchCaseSensitive) < 0) lk->addItem(folder);
 }
 
-void MainForm::ShowTransferWindow() {
-    transfer_ =
-        std::make_unique<Form1>(TransferHost{*this, *Ftp1, *List1, *listDir, *listdir2, *Dir1, *avb, *antal,
-                                             *label7, *p2, [this](int row) { return LocalPathOfRow(row); }});
+void MainForm::ShowTransferWindow(const std::vector<Upload>& uploads) {
+    transfer_ = std::make_unique<Form1>(
+        TransferHost{*this, *Ftp1, *listDir, *listdir2, *Dir1, *avb, *antal, *label7, *p2, uploads});
     transfer_->Form_Load();
 }
 

@@ -3,9 +3,14 @@
 #include <QCloseEvent>
 
 #include "app/shared/window_routines.h"
+#include "forms/about/about_form.h"
+#include "forms/about/help_panel_form.h"
 #include "forms/connection/connection_form.h"
+#include "forms/favourites/favourites_form.h"
+#include "forms/filter/filter_form.h"
 #include "forms/main/main_form.h"
 #include "forms/transfer/transfer_form.h"
+#include "forms/viewer/viewer_form.h"
 #include "ftp/trace_translator.h"
 #include "platform/drive_path.h"
 #include "platform/folder.h"
@@ -127,7 +132,26 @@ void MainForm::LoadForm(QWidget& form, QPushButton& button) {
 }
 
 std::int32_t MainForm::StartDoc(const QString& path) {
-    return platform::OpenDocument(path);
+    return TellShellResult(platform::OpenDocument(path), path);
+}
+
+// Where no editor is installed, the program shows the text itself.
+void MainForm::ShowText(const QString& path) {
+    const int result = platform::OpenTextEditor(path);
+    if (result != platform::kShellNoAssociation) {
+        TellShellResult(result, path);
+        return;
+    }
+    viewer_ = std::make_unique<TextViewer>(*this);
+    viewer_->ShowFile(path);
+}
+
+int MainForm::TellShellResult(int result, const QString& path) {
+    if (result == platform::kShellNotFound)
+        Trace(ftp::ErrorLine(result, QStringLiteral("Filen finns inte: ") + path));
+    if (result == platform::kShellNoAssociation)
+        Trace(ftp::ErrorLine(result, QStringLiteral("Inget program är valt för filtypen: ") + path));
+    return result;
 }
 
 }  // namespace forms

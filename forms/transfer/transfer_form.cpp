@@ -98,9 +98,9 @@ void Form1::skicka() {
 std::vector<Form1::Job> Form1::QueueUploads() {
     std::vector<Job> jobs;
     QStringList names;
-    for (const int row : main_.List1.SelectedRows()) {
-        names.append(main_.List1.List(row));
-        jobs.push_back({main_.LocalPathOfRow(row), names.last()});
+    for (const Upload& file : main_.uploads) {
+        names.append(file.name);
+        jobs.push_back({file.path, file.name});
     }
     l1->Lines()->SetLines(names);
     return jobs;

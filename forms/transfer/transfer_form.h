@@ -5,7 +5,6 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTimer>
-#include <functional>
 #include <vector>
 
 #include "ftp/component.h"
@@ -16,11 +15,16 @@
 
 namespace forms {
 
+/// A file that goes up, and its name on the server.
+struct Upload {
+    QString path;
+    QString name;
+};
+
 /// What the window uses of the main window, under the names that it has there. All of it outlives the window.
 struct TransferHost {
     QWidget& window;
     ftp::Component& Ftp1;
-    toolkit::ListBox& List1;
     toolkit::ListBox& listDir;
     toolkit::ListView& listdir2;
     toolkit::DirListBox& Dir1;
@@ -28,10 +32,10 @@ struct TransferHost {
     QLabel& antal;
     QLabel& label7;
     toolkit::PictureBox& p2;
-    std::function<QString(int row)> LocalPathOfRow;  // the file that a row of List1 was made from
+    std::vector<Upload> uploads;  // what goes up, in this order: the selected rows of List1, or dropped files
 };
 
-/// One batch: the selected rows of List1 go up where UploadRunning is 1, those of listDir come down where
+/// One batch: the uploads go up where UploadRunning is 1, the selected rows of listDir come down where
 /// DownloadRunning is. The user's closing it asks to abort; closing it from the program ends the batch with
 /// the file that is running.
 class Form1 : public QDialog, private Ui::Form1 {

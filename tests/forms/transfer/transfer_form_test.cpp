@@ -41,19 +41,17 @@ class TransferWindow : public ::testing::Test {
 
     ftp::Component ftp1_;
     QWidget window_;
-    toolkit::ListBox list1_{&window_}, list_dir_{&window_};
+    toolkit::ListBox list_dir_{&window_};
     toolkit::ListView listdir2_{&window_};
     toolkit::DirListBox dir1_{&window_};
     QPushButton avb_{&window_};
     QLabel antal_{QStringLiteral("42 %"), &window_}, label7_{&window_};
     toolkit::PictureBox p2_{&window_};
     bool touched_ = false;
-    Form1 form_{{window_, ftp1_, list1_, list_dir_, listdir2_, dir1_, avb_, antal_, label7_, p2_,
-                 [](int) { return QString(); }}};
+    Form1 form_{{window_, ftp1_, list_dir_, listdir2_, dir1_, avb_, antal_, label7_, p2_, {}}};
 };
 
 TEST_F(TransferWindow, WithNothingSelectedItClosesAtOnce) {
-    list1_.AddItem(QStringLiteral("a.txt"));
     list_dir_.AddItem(QStringLiteral("-rw-r--r-- 1 u g 3 Jan 1 10:00 b.txt"));
     for (std::int16_t* running : {&app::Globals().UploadRunning, &app::Globals().DownloadRunning}) {
         app::Globals().UploadRunning = app::Globals().DownloadRunning = 0;
