@@ -4,12 +4,17 @@
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 
+#include <chrono>
+#include <future>
 #include <memory>
+#include <thread>
 
 #include "platform/shell_command.h"
 
 namespace platform {
 namespace {
+
+constexpr std::chrono::seconds kPatience(5);
 
 // The functions of GIO that are used here. The library is loaded at the first use and stays: most runs never
 // open a document, and loading it at every start would cost more than a megabyte and two milliseconds. A
@@ -87,6 +92,16 @@ bool Launch(const Gio& gio, GDesktopAppInfo* program, const QByteArray& native) 
                                                        folder, nullptr, nullptr, nullptr);
 }
 
+bool OpenByType(const QByteArray& native) {
+    const Gio* const gio = TheGio();
+    if (!gio) {
+        return false;
+    }
+    const QByteArray type = TypeOf(*gio, native);
+    const auto program = DefaultFor(*gio, type.isEmpty() ? nullptr : type.constData());
+    return program && Launch(*gio, program.get(), native);
+}
+
 }  // namespace
 
 std::optional<DesktopProgram> ProgramForType(const char* type) {
@@ -101,14 +116,15 @@ std::optional<DesktopProgram> ProgramForType(const char* type) {
                           gio->desktop_app_info_get_boolean(program.get(), "Terminal") != FALSE};
 }
 
+// GIO talks to the session bus. One that has stopped would hold the caller for ever, so it is asked on a
+// thread that nobody waits for longer than that.
 bool OpenWithDesktop(const QByteArray& native) {
-    const Gio* const gio = TheGio();
-    if (!gio) {
-        return false;
-    }
-    const QByteArray type = TypeOf(*gio, native);
-    const auto program = DefaultFor(*gio, type.isEmpty() ? nullptr : type.constData());
-    return program && Launch(*gio, program.get(), native);
+    std::promise<bool> promise;
+    std::future<bool> opened = promise.get_future();
+    std::thread([native, answer = std::move(promise)]() mutable {
+        answer.set_value(OpenByType(native));
+    }).detach();
+    return opened.wait_for(kPatience) == std::future_status::ready && opened.get();
 }
 
 }  // namespace platform

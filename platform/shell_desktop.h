@@ -18,7 +18,8 @@ struct DesktopProgram {
 /// The desktop's program for a MIME type.
 std::optional<DesktopProgram> ProgramForType(const char* type);
 
-/// Starts the desktop's program for a file or a folder. False when there is none, or it cannot be started.
+/// Starts the desktop's program for a file or a folder. False when there is none, it cannot be started, or
+/// the desktop does not answer within some seconds.
 bool OpenWithDesktop(const QByteArray& native);
 
 }  // namespace platform

@@ -33,7 +33,9 @@ class Desktop {
             fs::create_directories(Path(folder));
         }
         fs::create_symlink("/usr/share/mime", Path("data/mime"));
-        fs::create_symlink("/bin/mv", Path("bin/mv"));
+        for (const std::string tool : {"mv", "sleep"}) {
+            fs::create_symlink("/bin/" + tool, Path("bin/" + tool));
+        }
     }
 
     QByteArray Native(const QByteArray& name) const { return files_.Native(name); }

@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 #include <csignal>
 
@@ -138,6 +140,25 @@ TEST_F(OpenDocumentTest, StartsTheProgramInTheRootFolderOrItsOwn) {
     EXPECT_EQ(desktop_.Started().value().folder, own);
 }
 
+TEST_F(OpenDocumentTest, DoesNotWaitForABusThatHasStopped) {
+    const int bus = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{AF_UNIX, {}};
+    desktop_.Native("bus").toStdString().copy(address.sun_path, sizeof address.sun_path - 1);
+    ASSERT_EQ(bind(bus, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    ASSERT_EQ(listen(bus, 5), 0);  // takes calls and answers none
+    desktop_.Associate("text/plain", "skrivare");
+    Touch("a.txt");
+    const int result = desktop_.Ask([&] {
+        alarm(30);
+        setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + desktop_.Path("bus")).c_str(), 1);
+        return OpenDocument(File("a.txt"));
+    });
+    close(bus);
+    EXPECT_EQ(result, kShellNoAssociation);
+    EXPECT_EQ(Edit("a.txt"), kShellStarted);
+    ExpectStarted("skrivare", Native("a.txt"));
+}
+
 TEST_F(OpenTextEditorTest, OpensTheVeryFile) {
     OpenDifficultNames(&OpenTextEditor);
 }
@@ -198,7 +219,8 @@ TEST_P(StartedProgramTest, RunsForItself) {
     ASSERT_GE(ours, 0);
     Touch("a.txt");
     // The program reports when we are gone.
-    desktop_.BeforeReport("until [ -e '" + desktop_.Path("gone") + "' ]; do :; done");
+    desktop_.BeforeReport("i=0; until [ -e '" + desktop_.Path("gone") +
+                          "' ] || [ $((i += 1)) -gt 2000 ]; do sleep 0.01; done");
     desktop_.Associate("text/plain", "skrivare");
     const int result = desktop_.Ask([&] {
         setpgid(0, 0);
