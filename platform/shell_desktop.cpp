@@ -17,8 +17,8 @@ namespace {
 constexpr std::chrono::seconds kPatience(5);
 
 // The functions of GIO that are used here. The library is loaded at the first use and stays: most runs never
-// open a document, and loading it at every start would cost more than a megabyte and two milliseconds. A
-// system without GIO is one that associates nothing.
+// open a document, and loading it at every start would cost more than a megabyte. A system without GIO is one
+// that associates nothing.
 struct Gio {
     decltype(&g_object_unref) object_unref;
     decltype(&g_file_new_for_path) file_new_for_path;
