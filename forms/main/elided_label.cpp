@@ -2,11 +2,13 @@
 
 #include <QPainter>
 
+#include "toolkit/wrapped_label.h"
+
 namespace forms {
 
 void ElidedLabel::Show(const QString& text) {
     setText(text);
-    setToolTip(text);
+    setToolTip(toolkit::PlainToolTip(text));
 }
 
 void ElidedLabel::paintEvent(QPaintEvent*) {

@@ -57,8 +57,8 @@ void MainForm::Dir1_Change() {
             listed.push_back(file);
     local_files_->SetFiles(File1->Path(), std::move(listed));
 
-    for (QPushButton* button : {Command5, Command4, Command6, Command8, fleratabort2, Command1})
-        button->setEnabled(false);
+    for (QPushButton* button : {Command5, Command4, Command6, Command8, Command1}) button->setEnabled(false);
+    ShowDeleteButton(false);
 }
 
 void MainForm::Drive1_Change() {
@@ -91,12 +91,18 @@ void MainForm::list2_Click() {
 
 void MainForm::List1_Click() {
     const int selected = List1->SelCount();
-    fleratabort2->setEnabled(selected > 0);
+    ShowDeleteButton(selected > 1);
     if (!List1->Text().isEmpty() && selected < 2)
         for (QPushButton* button : {Command6, Command8, Command5, Command4}) button->setEnabled(true);
     if (selected > 1)
         for (QPushButton* button : {Command6, Command8, Command5, Command4}) button->setEnabled(false);
     List1_KeyUp();
+}
+
+// One place and one caption for both: the button for one file, or the one for all that are marked.
+void MainForm::ShowDeleteButton(bool of_several) {
+    Command8->setVisible(!of_several);
+    fleratabort2->setVisible(of_several);
 }
 
 void MainForm::List1_KeyUp() {

@@ -13,7 +13,7 @@
 //     tabd with tabort2, tabort3)   Command29 favourite folders   Dir1 folders   list2 and hidden List1 the
 //     files, two views of one model   File1 hidden source of the files   Label2 state of the filter Command7
 //     "&Uppdatera"  Command3 "&Skapa katalog"  Command5 "&Kör"  Command4 "&Visa"  Command6 "&Döp om" Command8
-//     "&Ta bort"    fleratabort2 "Ta b&ort markerade"
+//     "&Ta bort"    fleratabort2 "&Ta bort" in its place while several files are marked
 //   Server panel, in Frame2 "Server"
 //     server1 picture   listdir2 and hidden listDir the raw listing lines, two views of one model
 //     Command9 "&Uppdatera"  Command21 "&cd.."  Command14 "&Skapa katalog"  Command11 "&Kör"  Command12
@@ -189,6 +189,7 @@ class MainForm : public QWidget, private Ui::MainForm {
     void list2_Click();
     void List1_Click();
     void List1_KeyUp();
+    void ShowDeleteButton(bool of_several);
     void Text1_Click();
     void Text1_KeyPress(int key_ascii);
     // local_files.cpp

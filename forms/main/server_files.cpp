@@ -104,7 +104,12 @@ void MainForm::Command12_Click() {
 std::optional<QString> MainForm::FetchIntoTemporaryFolder() {
     const QString file = app::Globals().SelectedServerFile;
     if (listDir->SelCount() == 0 || file.isEmpty()) return {};
-    const QString copy = platform::Join(platform::TemporaryFolder(), file);
+    const QString folder = platform::TemporaryFolder();
+    if (folder.isEmpty()) {
+        Tell(platform::FileResult::PathError, QStringLiteral("temp"));
+        return {};
+    }
+    const QString copy = platform::Join(folder, file);
     const int failures = failures_;
     avb->setEnabled(true);
     Ftp1->SourceFileName = file;

@@ -4,6 +4,8 @@
 #include <QHelpEvent>
 #include <QToolTip>
 
+#include "toolkit/wrapped_label.h"
+
 namespace forms {
 
 ServerList::ServerList(QWidget* parent) : ListView(parent) {
@@ -30,7 +32,8 @@ bool ServerList::viewportEvent(QEvent* event) {
     const auto& help = static_cast<const QHelpEvent&>(*event);
     const QModelIndex row = indexAt(help.pos());
     const bool shortened = row.isValid() && sizeHintForIndex(row).width() > viewport()->width();
-    QToolTip::showText(help.globalPos(), shortened ? row.data().toString() : QString(), viewport());
+    QToolTip::showText(help.globalPos(), shortened ? toolkit::PlainToolTip(row.data().toString()) : QString(),
+                       viewport());
     return true;
 }
 

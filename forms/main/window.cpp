@@ -142,7 +142,7 @@ void MainForm::ShowText(const QString& path) {
         TellShellResult(result, path);
         return;
     }
-    viewer_ = std::make_unique<TextViewer>(*this);
+    if (!viewer_) viewer_ = std::make_unique<TextViewer>(*this);
     viewer_->ShowFile(path);
 }
 

@@ -82,12 +82,25 @@ class Desktop {
         Write("config/mimeapps.list", "[Default Applications]\n" + defaults_);
     }
 
+    /// Makes this the desktop of the whole process, for as long as that lives. Before anything asks GIO.
+    void Enter() const {
+        const auto set = [](const char* name, const std::string& value) { setenv(name, value.c_str(), 1); };
+        set("HOME", Path(""));
+        set("PATH", Path("bin"));
+        set("XDG_DATA_HOME", Path("data"));
+        set("XDG_DATA_DIRS", Path("none"));
+        set("XDG_CONFIG_HOME", Path("config"));
+        set("XDG_CONFIG_DIRS", Path("none"));
+        set("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + Path("none"));
+    }
+
     /// The result of `call` on this desktop, in a process of its own: GIO looks at the desktop once.
     template <typename Call>
     int Ask(Call call) const {
         const pid_t child = fork();
         if (child == 0) {
-            EnterDesktop();
+            LeaveTheScreen();
+            Enter();
             _exit(call());
         }
         int status = 0;
@@ -118,18 +131,10 @@ class Desktop {
     }
 
  private:
-    void EnterDesktop() const {
+    static void LeaveTheScreen() {
         for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "XDG_CURRENT_DESKTOP", "XDG_RUNTIME_DIR"}) {
             unsetenv(name);
         }
-        const auto set = [](const char* name, const std::string& value) { setenv(name, value.c_str(), 1); };
-        set("HOME", Path(""));
-        set("PATH", Path("bin"));
-        set("XDG_DATA_HOME", Path("data"));
-        set("XDG_DATA_DIRS", Path("none"));
-        set("XDG_CONFIG_HOME", Path("config"));
-        set("XDG_CONFIG_DIRS", Path("none"));
-        set("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + Path("none"));
     }
 
     const ScratchFolder files_;

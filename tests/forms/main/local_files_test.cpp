@@ -178,17 +178,29 @@ TEST_F(LocalFiles, SeveralAreDeletedAfterOneQuestion) {
     ClickOn("fleratabort2");
     EXPECT_EQ(OnDisk(), QStringList("b.txt"));
     EXPECT_EQ(Names(), QStringList("b.txt"));
-    EXPECT_FALSE(Button("fleratabort2").isEnabled());
+    EXPECT_FALSE(Button("fleratabort2").isVisible());
 }
 
-TEST_F(LocalFiles, DeletingAlsoTakesOneMarkedFile) {
-    MakeFile("a.txt", 1);
+// Two buttons share one place: the caption stays where it is, and what it does follows the selection.
+TEST_F(LocalFiles, TheDeleteButtonFollowsTheSelection) {
+    for (const char* name : {"a.txt", "b.txt"}) MakeFile(name, 1);
     Open();
-    EXPECT_FALSE(Button("fleratabort2").isEnabled());
+    const QRect place = Button("Command8").geometry();
     ClickFile("a.txt");
-    ExpectBox box(kDeleteSeveral, kSeveralQuestion, ExpectBox::kEnter);
-    ClickOn("fleratabort2");
-    EXPECT_EQ(OnDisk(), QStringList());
+    EXPECT_TRUE(Button("Command8").isVisible());
+    ClickFile("b.txt", Qt::ControlModifier);
+    EXPECT_FALSE(Button("Command8").isVisible());
+    EXPECT_TRUE(Button("fleratabort2").isVisible());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return Button("fleratabort2").geometry() == place; }));
+    EXPECT_EQ(Button("fleratabort2").text(), Button("Command8").text());
+    {
+        ExpectBox box(kDeleteSeveral, kSeveralQuestion, "cmdNo");
+        QTest::keyClick(&Get("list2"), Qt::Key_T, Qt::AltModifier);
+        EXPECT_TRUE(QTest::qWaitFor([&] { return box.HasCome(); }));  // the button is pressed for a moment
+    }
+    ClickFile("b.txt");
+    EXPECT_TRUE(Button("Command8").isVisible());
+    EXPECT_FALSE(Button("fleratabort2").isVisible());
 }
 
 TEST_F(LocalFiles, WhatCannotBeDeletedIsToldOfAndTheOthersGo) {

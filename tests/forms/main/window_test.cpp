@@ -20,7 +20,7 @@ TEST_F(Window, StartsWithoutAConnection) {
         EXPECT_FALSE(Button(name).isEnabled()) << name;
     EXPECT_TRUE(Button("cmdConnection").isEnabled());
     EXPECT_EQ(window_->findChild<ftp::Component*>(QStringLiteral("Ftp1"))->SessionMode, 0);
-    for (const char* name : {"listDir", "List1", "File1", "fleratabort", "l1"})
+    for (const char* name : {"listDir", "List1", "File1", "fleratabort", "fleratabort2", "l1"})
         EXPECT_FALSE(Get(name).isVisible()) << name;
 }
 
