@@ -8,6 +8,7 @@
 namespace toolkit {
 
 ClickLabel::ClickLabel(QWidget* parent) : QLabel(parent) {
+    setTextFormat(Qt::PlainText);
     setFocusPolicy(Qt::StrongFocus);
     setCursor(Qt::PointingHandCursor);
     setForegroundRole(QPalette::Link);

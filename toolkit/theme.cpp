@@ -24,6 +24,13 @@ class Style : public QProxyStyle {
                                         widget);
     }
 
+    // A long list drops down with a scroll bar and does not cover the screen.
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* result) const override {
+        if (hint == SH_ComboBox_Popup) return 0;
+        return QProxyStyle::styleHint(hint, option, widget, result);
+    }
+
     // A picture keeps its colours where its row is selected.
     QPixmap generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap,
                                 const QStyleOption* option) const override {

@@ -44,4 +44,10 @@ void WrappedLabel::paintEvent(QPaintEvent*) {
     document.documentLayout()->draw(&painter, context);
 }
 
+QString PlainToolTip(const QString& text) {
+    if (text.isEmpty()) return {};
+    const QString breakable = text.toHtmlEscaped().replace(u'\\', QStringLiteral("\\\u200b"));
+    return QStringLiteral("<p style='white-space: pre-wrap'>") + breakable + QStringLiteral("</p>");
+}
+
 }  // namespace toolkit

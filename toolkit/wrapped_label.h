@@ -1,9 +1,13 @@
 #pragma once
-// A label for a text that a box asks or tells. UI thread only.
+// A label for a text that a box asks or tells, and tool tips. UI thread only.
 
 #include <QLabel>
 
 namespace toolkit {
+
+/// A tool tip for text that may come from a server or be a file's name: shown as it is, never as markup; a long
+/// path breaks after its folders.
+QString PlainToolTip(const QString& text);
 
 /// Shows plain text in lines of a pleasant length; a word that is too long for a line, as a path may be, is
 /// broken.

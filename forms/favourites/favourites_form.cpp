@@ -4,6 +4,7 @@
 #include <algorithm>
 
 #include "toolkit/fonts.h"
+#include "toolkit/wrapped_label.h"
 
 // The pictures lie in a static library, where nothing else refers to them.
 static void RegisterPictures() {
@@ -27,13 +28,6 @@ void Exchange(toolkit::ListBox& list, int a, int b) {
     items.resize(std::max<qsizetype>(items.size(), std::max(a, b) + 1));
     items.swapItemsAt(a, b);
     list.Lines()->SetLines(items);
-}
-
-// Whatever the folder is called it is no markup, and a long one breaks after a name.
-QString ToolTipOf(const QString& folder) {
-    if (folder.isEmpty()) return {};
-    const QString breakable = folder.toHtmlEscaped().replace(u'\\', QStringLiteral("\\\u200b"));
-    return QStringLiteral("<p style='white-space: pre-wrap'>") + breakable + QStringLiteral("</p>");
 }
 
 // Who works by the keyboard is not left on a button that has just gone.
@@ -98,7 +92,7 @@ void favviskat::List1_Click() {
     const QString folder = List2->List(row);
     label1->setText(row < 0 ? kNoFolder : folder);
     label1->setCursorPosition(0);
-    label1->setToolTip(ToolTipOf(folder));
+    label1->setToolTip(toolkit::PlainToolTip(folder));
     Enable(*Command4, row >= 0, *List1);
     Enable(*Command5, row > 0, *List1);
     Enable(*Command6, row >= 0 && row + 1 < List1->ListCount(), *List1);

@@ -31,8 +31,6 @@ void MakeHeading(QLabel& label) {
 Form3::Form3(const FilterHost& main) : OwnedDialog(main.window), main_(main) {
     setupUi(this);
     MakeHeading(*Label2);
-    // Lists that scroll, in place of menus as high as the screen.
-    Frame1->setStyleSheet(QStringLiteral("QComboBox { combobox-popup: 0; }"));
     for (QComboBox* list : {år, månad, dag, timme, minut}) list->setMaxVisibleItems(kRowsOfList);
     bytes->setCompleter(nullptr);  // a number that begins like one of the list is not that one
     FillLists();
