@@ -53,10 +53,16 @@ void Input::Release(Key key) {
     Send(XCB_KEY_RELEASE, CodeOf(key));
 }
 
+void Input::Type(std::initializer_list<Key> keys) {
+    for (const Key key : keys) {
+        Press(key);
+        Release(key);
+    }
+}
+
 void Input::CloseWindow() {
     Press(Key::Alt);
-    Press(Key::F4);
-    Release(Key::F4);
+    Type({Key::F4});
     Release(Key::Alt);
 }
 

@@ -8,6 +8,7 @@
 
 #include <QPoint>
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 
 struct xcb_connection_t;
@@ -15,7 +16,15 @@ struct xcb_connection_t;
 namespace demo {
 
 /// X key symbols.
-enum class Key : std::uint32_t { Control = 0xffe3, Alt = 0xffe9, F4 = 0xffc1 };
+enum class Key : std::uint32_t {
+    Zero = 0x30,
+    K = 0x6b,
+    Tab = 0xff09,
+    Escape = 0xff1b,
+    Control = 0xffe3,
+    Alt = 0xffe9,
+    F4 = 0xffc1
+};
 
 class Input {
  public:
@@ -32,6 +41,7 @@ class Input {
 
     void Press(Key key);
     void Release(Key key);
+    void Type(std::initializer_list<Key> keys);  // one after the other
     /// Alt+F4, the window manager's key for it.
     void CloseWindow();
 

@@ -27,10 +27,13 @@ QWidget* OpenWindow(const QString& name) {
 // Where the window manager has not yet framed a window, the window has not come to its place. The widget
 // keeps the frame that it has been told of first, if only to say that there is none; the window behind it
 // knows.
-bool IsReady(const QString& name) {
+bool IsShown(const QString& name) {
     const QWidget* const window = OpenWindow(name);
-    return window && window->isEnabled() && window->isActiveWindow() &&
-           !window->windowHandle()->frameMargins().isNull();
+    return window && !window->windowHandle()->frameMargins().isNull();
+}
+
+bool IsReady(const QString& name) {
+    return IsShown(name) && OpenWindow(name)->isEnabled() && OpenWindow(name)->isActiveWindow();
 }
 
 QRect FrameOf(const QString& name) {
@@ -49,6 +52,10 @@ QAbstractItemView& ServerFiles() {
 
 QAbstractItemView& LocalFiles() {
     return Control<QAbstractItemView>(kMain, u"list2"_s);
+}
+
+QAbstractItemView& LocalFolders() {
+    return Control<QAbstractItemView>(kMain, u"Dir1"_s);
 }
 
 QStringList Names(const QAbstractItemView& list) {

@@ -17,7 +17,9 @@ inline const QString kQuestion = QStringLiteral("InputBox");
 /// Null when no such window is open.
 QWidget* OpenWindow(const QString& name);
 
-/// Whether the window is there, in its place, and has the keyboard.
+/// Whether the window is there, in its place.
+bool IsShown(const QString& name);
+/// Whether it takes clicks and has the keyboard besides.
 bool IsReady(const QString& name);
 
 /// Where it stands, with the frame that the window manager has put around it.
@@ -36,6 +38,7 @@ bool IsEnabled(const QString& name);
 
 QAbstractItemView& ServerFiles();
 QAbstractItemView& LocalFiles();
+QAbstractItemView& LocalFolders();
 /// The names in the list; a row of the server is a whole line of its listing, with the name at the end.
 QStringList Names(const QAbstractItemView& list);
 

@@ -1,6 +1,7 @@
 #include "tools/demo/screens.h"
 
-#include <QGuiApplication>
+#include <QApplication>
+#include <QComboBox>
 #include <QScreen>
 
 #include "tools/demo/look.h"
@@ -11,11 +12,16 @@ namespace {
 using namespace Qt::StringLiterals;
 
 const QString kTransfer = u"Form1"_s;
+const QString kAbout = u"Form2"_s;
+const QString kFilter = u"Form3"_s;
+const QString kHelpPanel = u"Form4"_s;
+const QString kFavourites = u"favviskat"_s;
 const QString kBox = u"MsgBox"_s;
 const QString kPage = u"index.htm"_s;       // on both sides
 const QString kNewPage = u"nyheter.htm"_s;  // to be sent
-const QString kPicture = u"stuga.png"_s;    // on the user's side only
-const QString kArchive = u"sommar.zip"_s;   // the server stops in the middle of it
+const QString kFolder = u"bilder"_s;
+const QString kPicture = u"stuga.png"_s;   // on the user's side only
+const QString kArchive = u"sommar.zip"_s;  // the server stops in the middle of it
 const QString kHeld = u"Överfört: 204800 av 486400  42 %"_s;
 
 // Numbered as in the document.
@@ -40,6 +46,28 @@ QPoint RestingPlace() {
     return QGuiApplication::primaryScreen()->geometry().bottomRight();
 }
 
+constexpr int kBesideMenu = 60, kBelowMenu = 8;  // pixels
+
+// A list of the main window down to the end of the menu that has popped up on it.
+QRect MenuOn(QAbstractItemView& list) {
+    QRect part(list.mapToGlobal(QPoint(0, 0)), list.size());
+    part.setBottom(QApplication::activePopupWidget()->geometry().bottom() + kBelowMenu);
+    return part;
+}
+
+// Far to the left on the row, so that the menu finds room on the list.
+QPoint PlaceForMenu(QAbstractItemView& list, const QString& name) {
+    return {list.mapToGlobal(QPoint(kBesideMenu, 0)).x(), PlaceOf(list, name).y()};
+}
+
+bool MenuIsOpen() {
+    return QApplication::activePopupWidget() != nullptr;
+}
+
+bool NoMenuIsOpen() {
+    return IsReady(kMain) && !MenuIsOpen();
+}
+
 }  // namespace
 
 std::vector<Step> Screens(Input& input) {
@@ -56,14 +84,29 @@ std::vector<Step> Screens(Input& input) {
             return IsReady(kMain) && IsEnabled(u"Command21"_s) && Names(ServerFiles()).contains(name);
         };
     };
-    const auto picture = [&](const QString& name, const QString& window, std::vector<Mark> marks = {}) {
-        return Step{name, [&input] { input.Move(RestingPlace()); }, ready(window),
-                    [=] { return FrameOf(window); }, std::move(marks)};
+    const auto rest = [&input] { input.Move(RestingPlace()); };
+    const auto picture = [&](const QString& name, const QString& window,
+                             const std::vector<Mark>& marks = {}) {
+        return Step{name, rest, [=] { return IsShown(window); }, [=] { return FrameOf(window); }, marks};
+    };
+    const auto pop_up = [&input](QAbstractItemView& (*list)(), const QString& name) {
+        return Step{u"pop up a menu"_s, [=, &input] { input.RightClick(PlaceForMenu(list(), name)); },
+                    MenuIsOpen};
+    };
+    const auto menu_picture = [&](const QString& name, QAbstractItemView& (*list)()) {
+        return Step{name, rest, MenuIsOpen, [=] { return MenuOn(list()); }};
+    };
+    const Step close_menu = {u"close the menu"_s, [&input] { input.Type({Key::Escape}); }, NoMenuIsOpen};
+    const auto open = [&](const QString& button, const QString& window) {
+        return Step{u"open a window"_s, press(kMain, button), ready(window)};
+    };
+    const auto close = [&](const QString& window, const QString& button) {
+        return Step{u"close the window"_s, press(window, button), ready(kMain)};
     };
 
     return {
         {u"start the program"_s, [] {}, ready(kMain)},
-        {u"open the connection dialog"_s, press(kMain, u"cmdConnection"_s), ready(kConnection)},
+        open(u"cmdConnection"_s, kConnection),
         picture(u"kontakta"_s, kConnection),
         {u"connect"_s, press(kConnection, u"cmdConnect"_s), server_has(kPage)},
         {u"mark a file to send"_s, mark(LocalFiles, kNewPage), enabled(u"Command1"_s)},
@@ -71,9 +114,43 @@ std::vector<Step> Screens(Input& input) {
         {u"mark a file of the server"_s, mark(ServerFiles, kPage), enabled(u"Command2"_s)},
         {u"mark another local file"_s, mark(LocalFiles, kPicture), enabled(u"Command1"_s)},
         picture(u"programmet"_s, kMain, kRegions),
-        {u"ask for the file"_s, press(kMain, u"Command2"_s), ready(kQuestion)},
+        pop_up(LocalFolders, kFolder),
+        menu_picture(u"meny-katalog"_s, LocalFolders),
+        close_menu,
+        pop_up(LocalFiles, kPage),
+        menu_picture(u"meny-dator"_s, LocalFiles),
+        close_menu,
+        pop_up(ServerFiles, kPage),
+        menu_picture(u"meny-server"_s, ServerFiles),
+        close_menu,
+        open(u"Label2"_s, kFilter),
+        {u"go to the number"_s, press(kFilter, u"bytes"_s),
+         [] { return Control(kFilter, u"bytes"_s).hasFocus(); }},
+        {u"make it 100 KB"_s,
+         [&input] {
+             input.Type({Key::Zero, Key::Zero, Key::Tab, Key::K});
+         },
+         [] {
+             return Control<QComboBox>(kFilter, u"bytes"_s).currentText() == u"100"_s &&
+                    Control<QComboBox>(kFilter, u"typ"_s).currentText() == u"KB"_s;
+         }},
+        picture(u"filter"_s, kFilter),
+        close(kFilter, u"Command2"_s),
+        open(u"Command29"_s, kFavourites),
+        picture(u"favoriter"_s, kFavourites),
+        close(kFavourites, u"Command2"_s),
+        open(u"Command18"_s, kAbout),
+        picture(u"om"_s, kAbout),
+        close(kAbout, u"Command1"_s),
+        {u"show the three steps"_s, press(kMain, u"Command19"_s), [] { return IsShown(kHelpPanel); }},
+        picture(u"ett-tva-tre"_s, kHelpPanel),
+        {u"hide them"_s, press(kMain, u"Command19"_s), [] { return !OpenWindow(kHelpPanel); }},
+        open(u"Command13"_s, kBox),
+        picture(u"ta-bort"_s, kBox),
+        close(kBox, u"cmdNo"_s),
+        open(u"Command2"_s, kQuestion),
         picture(u"spara-som"_s, kQuestion),
-        {u"give it up"_s, press(kQuestion, u"cmdCancel"_s), ready(kMain)},
+        close(kQuestion, u"cmdCancel"_s),
         {u"mark the first of several"_s, mark(ServerFiles, kArchive), enabled(u"Command2"_s)},
         {u"mark the second too"_s,
          [=, &input] {
