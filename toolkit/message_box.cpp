@@ -17,6 +17,8 @@
 namespace toolkit {
 namespace {
 
+constexpr int kBesideTitle = 130;  // pixels: the window manager's own buttons, and bolder letters than ours
+
 // Rows from above: the message, further controls, the buttons.
 class Box : public QDialog {
  public:
@@ -32,6 +34,7 @@ class Box : public QDialog {
         rows_->setContentsMargins(16, 16, 16, 14);
         rows_->addLayout(message_);
         rows_->addLayout(buttons_);
+        rows_->addStrut(fontMetrics().horizontalAdvance(title) + kBesideTitle);
         rows_->setSizeConstraint(QLayout::SetFixedSize);
     }
 

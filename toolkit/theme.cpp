@@ -1,7 +1,9 @@
 #include "toolkit/theme.h"
 
+#include <QPainter>
 #include <QPalette>
 #include <QProxyStyle>
+#include <QStyleOption>
 
 namespace toolkit {
 namespace {
@@ -20,6 +22,7 @@ class Style : public QProxyStyle {
     }
 
     int pixelMetric(PixelMetric metric, const QStyleOption* option, const QWidget* widget) const override {
+        if (metric == PM_MenuPanelWidth) return 1;
         return QProxyStyle::pixelMetric(metric == PM_ListViewIconSize ? PM_SmallIconSize : metric, option,
                                         widget);
     }
@@ -29,6 +32,14 @@ class Style : public QProxyStyle {
                   QStyleHintReturn* result) const override {
         if (hint == SH_ComboBox_Popup) return 0;
         return QProxyStyle::styleHint(hint, option, widget, result);
+    }
+
+    // A menu stands out from the list below it, in the dark too.
+    void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                       const QWidget* widget) const override {
+        if (element != PE_FrameMenu) return QProxyStyle::drawPrimitive(element, option, painter, widget);
+        painter->setPen(option->palette.color(QPalette::Disabled, QPalette::WindowText));
+        painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
     }
 
     // A picture keeps its colours where its row is selected.

@@ -53,6 +53,15 @@ TEST_F(MessageBoxTest, EachWayOutHasItsAnswer) {
     }
 }
 
+TEST_F(MessageBoxTest, ThereIsRoomForTheTitleBesideTheWindowsOwnButtons) {
+    const QString title = QStringLiteral("Ta bort fil/katalog från server");
+    ExpectBox box(title, QStringLiteral("?"), QStringLiteral("cmdNo"));
+    box.Meanwhile([&](QDialog& dialog) {
+        EXPECT_GT(dialog.width(), dialog.fontMetrics().horizontalAdvance(title) + 100);
+    });
+    EXPECT_EQ(MsgBox(&parent_, QStringLiteral("?"), Buttons::YesNo, Icon::None, title), Answer::No);
+}
+
 TEST_F(MessageBoxTest, ClosingIsNo) {
     ExpectBox box(kTitle, kText, ExpectBox::kEscape);
     box.Meanwhile([](QDialog& dialog) { dialog.close(); });
