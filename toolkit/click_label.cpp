@@ -4,6 +4,7 @@
 #include <QMouseEvent>
 #include <QStyleOptionFocusRect>
 #include <QStylePainter>
+#include <utility>
 
 namespace toolkit {
 
@@ -14,21 +15,26 @@ ClickLabel::ClickLabel(QWidget* parent) : QLabel(parent) {
     setForegroundRole(QPalette::Link);
 }
 
+// A key that is held, and a double click, are one press.
 void ClickLabel::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
         case Qt::Key_Return:
         case Qt::Key_Enter:
         case Qt::Key_Space:
-            Q_EMIT Click();
+            if (!event->isAutoRepeat()) Q_EMIT Click();
             return;
         default:
             QLabel::keyPressEvent(event);
     }
 }
 
+void ClickLabel::mousePressEvent(QMouseEvent* event) {
+    pressed_ = event->button() == Qt::LeftButton && event->type() == QEvent::MouseButtonPress;
+}
+
 void ClickLabel::mouseReleaseEvent(QMouseEvent* event) {
     const bool inside = rect().contains(event->position().toPoint());
-    if (event->button() == Qt::LeftButton && inside) Q_EMIT Click();
+    if (std::exchange(pressed_, false) && inside) Q_EMIT Click();
 }
 
 void ClickLabel::paintEvent(QPaintEvent* event) {

@@ -16,8 +16,12 @@ class ClickLabel : public QLabel {
 
  protected:
     void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
+
+ private:
+    bool pressed_ = false;  // by the mouse
 };
 
 }  // namespace toolkit

@@ -90,6 +90,7 @@ class Desktop {
         set("XDG_DATA_HOME", Path("data"));
         set("XDG_DATA_DIRS", Path("none"));
         set("XDG_CONFIG_HOME", Path("config"));
+        set("XDG_CACHE_HOME", Path("cache"));
         set("XDG_CONFIG_DIRS", Path("none"));
         set("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + Path("none"));
     }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -20,11 +21,17 @@ TEST(ClickLabel, IsPressedByMouseAndKeys) {
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) QTest::keyClick(&label, key);
     EXPECT_EQ(clicks.count(), 4);
 
+    QTest::mouseDClick(&label, Qt::LeftButton);  // a press, a release, and the two again
+    EXPECT_EQ(clicks.count(), 5);
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Space, {}, QStringLiteral(" "), true);
+    QApplication::sendEvent(&label, &held);
+    EXPECT_EQ(clicks.count(), 5);
+
     QTest::mouseClick(&label, Qt::RightButton);
     QTest::keyClick(&label, Qt::Key_A);
     QTest::mousePress(&label, Qt::LeftButton);
     QTest::mouseRelease(&label, Qt::LeftButton, {}, QPoint(-5, -5));  // thought better of it
-    EXPECT_EQ(clicks.count(), 4);
+    EXPECT_EQ(clicks.count(), 5);
 }
 
 TEST(ClickLabel, IsReachedByTab) {

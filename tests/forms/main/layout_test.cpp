@@ -112,5 +112,13 @@ TEST_F(Window, AltAndALetterGoesToThePanelWithTheFocus) {
         << "Alt+U reads the local list again";
 }
 
+TEST_F(Layout, ALongFilterDoesNotPushTheServerOutOfTheWindow) {
+    Open();
+    const int before = Get("Frame2").width();
+    Get<QLabel>("Label2").setText(QString(300, u'9'));
+    QApplication::processEvents();
+    EXPECT_EQ(Get("Frame2").width(), before);
+}
+
 }  // namespace
 }  // namespace forms

@@ -214,7 +214,11 @@ TEST_F(OpeningScripted, ANameThatIsNoPlainNameNeverLeavesTheFolder) {
         EXPECT_TRUE(folder.isEmpty()) << name;
         EXPECT_FALSE(QFile::exists(folder.filePath("../a.htm")));
     }
-    EXPECT_FALSE(std::filesystem::exists(TheDesktop().Path("started/report")));
+    WriteLocalFile("b.htm", "b");
+    ClickOn("Command7");
+    ClickLocal("b.htm");
+    ClickOn("Command5");
+    EXPECT_EQ(Started(), "browser " + LocalNative("b.htm")) << "the first program that is started";
 }
 
 TEST_F(OpeningScripted, ADirectoryIsNotFetched) {
