@@ -1,13 +1,14 @@
+// The main function over the program's own application object, which shows errors that no handler catches.
+
 #include <gtest/gtest.h>
 
 #include "app/shared/swedish_texts.h"
 #include "app/shared/unhandled_error.h"
-#include "tests/support/box_answerer.h"
+#include "tests/support/display_tests.h"
 
 int main(int argc, char** argv) {
     testing::InitGoogleTest(&argc, argv);
     app::Application application(argc, argv);
     application.installTranslator(new app::SwedishTexts(&application));
-    toolkit_test::BoxWatcher watcher;
-    return RUN_ALL_TESTS();
+    return toolkit_test::RunDisplayTests(application);
 }
