@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
+#include <QCloseEvent>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTest>
 #include <QVBoxLayout>
 #include <QWindow>
+#include <functional>
 
 namespace {
 
@@ -40,10 +43,18 @@ TEST_F(OwnedDialogTest, HoldsItsOwnerWhileItIsOpen) {
 }
 
 TEST_F(OwnedDialogTest, EveryWayOfClosingGivesTheOwnerBack) {
-    const std::function<void()> ways[] = {[this] { dialog_.close(); }, [this] { dialog_.accept(); },
-                                          [this] { QTest::keyClick(&dialog_, Qt::Key_Escape); }};
+    const std::function<void()> ways[] = {
+        [this] { dialog_.close(); },
+        [this] { dialog_.accept(); },
+        [this] { QTest::keyClick(&dialog_, Qt::Key_Escape); },
+        [this] {  // as the window manager does
+            QCloseEvent close;
+            QApplication::sendEvent(dialog_.windowHandle(), &close);
+        },
+    };
     for (const auto& way : ways) {
         way();
+        EXPECT_FALSE(dialog_.isVisible());
         EXPECT_TRUE(owner_.isEnabled());
         EXPECT_EQ(dialog_.windowHandle()->transientParent(), nullptr);
         EXPECT_TRUE(QTest::qWaitFor([this] { return field_.hasFocus(); }));
