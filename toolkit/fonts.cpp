@@ -14,4 +14,12 @@ QFont FixedPitchFont() {
     return font;
 }
 
+void MakeHeading(QWidget& text, double times) {
+    QFont font = text.font();
+    font.setBold(true);
+    // A size that is set no longer follows the one of the parent.
+    if (times != 1) font.setPointSizeF(QFontInfo(font).pointSizeF() * times);
+    text.setFont(font);
+}
+
 }  // namespace toolkit

@@ -3,6 +3,7 @@
 #include <QLineEdit>
 
 #include "app/shared/run_time_error.h"
+#include "toolkit/fonts.h"
 
 namespace forms {
 namespace {
@@ -19,18 +20,11 @@ void FillWithNumbers(QComboBox& list, int first, int last) {
         list.addItem(QStringLiteral("%1").arg(number, 2, 10, QChar(u'0')));
 }
 
-void MakeHeading(QLabel& label) {
-    QFont font = label.font();
-    font.setBold(true);
-    font.setPointSizeF(QFontInfo(font).pointSizeF() * kHeadingSize);
-    label.setFont(font);
-}
-
 }  // namespace
 
 Form3::Form3(const FilterHost& main) : OwnedDialog(main.window), main_(main) {
     setupUi(this);
-    MakeHeading(*Label2);
+    toolkit::MakeHeading(*Label2, kHeadingSize);
     for (QComboBox* list : {år, månad, dag, timme, minut}) list->setMaxVisibleItems(kRowsOfList);
     bytes->setCompleter(nullptr);  // a number that begins like one of the list is not that one
     FillLists();

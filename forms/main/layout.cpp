@@ -42,20 +42,14 @@ void ShowPicture(QLabel& label, const QString& file) {
     label.setPixmap(QIcon(file).pixmap(QSize(extent, extent), label.devicePixelRatioF()));
 }
 
-void MakeHeading(QLabel& label) {
-    QFont font = label.font();
-    font.setBold(true);
-    label.setFont(font);
-}
-
 }  // namespace
 
 void MainForm::PrepareLayout() {
     resize(kFirstSize.boundedTo(screen()->availableSize()));
     ShowPicture(*lokal1, QStringLiteral(":/main/computer.svg"));
     ShowPicture(*server1, QStringLiteral(":/main/server.svg"));
-    MakeHeading(*local_caption);
-    MakeHeading(*server_caption);
+    toolkit::MakeHeading(*local_caption);
+    toolkit::MakeHeading(*server_caption);
 
     list2->setModel(local_files_);
     toolkit::ShareSelection(*List1, *list2);
