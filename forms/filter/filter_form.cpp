@@ -14,6 +14,7 @@ constexpr int kTwelve = 12, kThirty = 30;
 
 constexpr double kHeadingSize = 1.4;  // times the size of the other texts
 constexpr int kRowsOfList = 12;
+constexpr int kCharactersOfNumber = 32;
 
 void FillWithNumbers(QComboBox& list, int first, int last) {
     for (int number = first; number <= last; ++number)
@@ -27,6 +28,7 @@ Form3::Form3(const FilterHost& main) : OwnedDialog(main.window), main_(main) {
     toolkit::MakeHeading(*Label2, kHeadingSize);
     for (QComboBox* list : {år, månad, dag, timme, minut}) list->setMaxVisibleItems(kRowsOfList);
     bytes->setCompleter(nullptr);  // a number that begins like one of the list is not that one
+    bytes->lineEdit()->setMaxLength(kCharactersOfNumber);
     FillLists();
     Wire();
     adjustSize();

@@ -1,3 +1,5 @@
+#include <QClipboard>
+
 #include "tests/forms/filter/filter_dialog.h"
 
 namespace forms {
@@ -107,6 +109,18 @@ TEST_F(Typing, IsNotFinishedFromTheList) {
     QTest::keyClick(&BytesField(), Qt::Key_Tab);
     EXPECT_EQ(Text("bytes"), "7");
     EXPECT_EQ(Entries("bytes").size(), 8);
+}
+
+TEST_F(Typing, ANumberEndsAtThirtyTwoCharacters) {
+    Open();
+    const QString number(32, u'1');
+    TypeNumber(number);
+    QTest::keyClick(&BytesField(), Qt::Key_2);
+    EXPECT_EQ(Text("bytes"), number);
+    QApplication::clipboard()->setText(QString(40, u'3'));
+    BytesField().selectAll();
+    QTest::keyClick(&BytesField(), Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(Text("bytes"), QString(32, u'3'));
 }
 
 TEST_F(Typing, AYearChoosesIt) {
