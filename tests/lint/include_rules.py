@@ -84,10 +84,15 @@ def is_generated(file, header):
     return "/" not in header and (header.startswith(("ui_", "moc_")) or header.endswith(".moc"))
 
 
+def is_ours(header):
+    """Whether a path leads into this tree, from its root."""
+    return room_of(header) is not None or header.split("/")[0] in FREE
+
+
 def check_include(file, kind, header, qt_folder):
-    """What is wrong with one include, or None."""
+    """What is wrong with one include, or None. Angle brackets do not hide that a header is ours."""
     folder, room = room_of(file)
-    if kind == "<":
+    if kind == "<" and not is_ours(header):
         library = library_of(header, qt_folder)
         if not room.may_use(library, os.path.basename(file)):
             return f"{folder} must not use <{header}> ({library})"
