@@ -62,6 +62,11 @@ std::optional<QByteArray> ExpandWord(const QByteArray& word, const CommandSubjec
     return text;
 }
 
+// Where the file's path would be the program itself, or what a shell executes.
+bool WouldExecute(const QList<QByteArray>& before) {
+    return before.isEmpty() || before.last() == "-c";
+}
+
 }  // namespace
 
 std::optional<QList<QByteArray>> ExpandCommand(const QByteArray& exec, const CommandSubject& subject) {
@@ -73,6 +78,9 @@ std::optional<QList<QByteArray>> ExpandCommand(const QByteArray& exec, const Com
     bool placed = false;
     for (const QByteArray& word : *words) {
         if (TakesFile(word)) {
+            if (WouldExecute(arguments)) {
+                return std::nullopt;
+            }
             arguments += word.chopped(2) + subject.file;
             placed = true;
             continue;
@@ -87,6 +95,9 @@ std::optional<QList<QByteArray>> ExpandCommand(const QByteArray& exec, const Com
         }
     }
     if (!placed) {
+        if (WouldExecute(arguments)) {
+            return std::nullopt;
+        }
         arguments += subject.file;
     }
     return arguments;

@@ -27,6 +27,8 @@ TEST(ExpandCommand, PutsThePathWhereTheEntryWantsIt) {
         {"text --title=%c %k 100%% %f", {"text", "--title=Min text", "/usr/min.desktop", "100%", kFile}},
         {"text %", {"text", "%", kFile}},
         {"sh -c \"exec emacs \\\"\\$@\\\"\" sh %F", {"sh", "-c", "exec emacs \"$@\"", "sh", kFile}},
+        {"sh -c text %f", {"sh", "-c", "text", kFile}},
+        {"text --c %f", {"text", "--c", kFile}},
         {"flatpak run --file-forwarding org.text @@u %U @@",
          {"flatpak", "run", "--file-forwarding", "org.text", "@@", kFile, "@@"}},
     };
@@ -39,6 +41,13 @@ TEST(ExpandCommand, PutsThePathWhereTheEntryWantsIt) {
 TEST(ExpandCommand, RefusesWhatItCannotExpandSafely) {
     for (const char* exec : {"sh -c \"text %f\"", "sh -c 'text '%f", "sh -c x=%f", "text file:%u", "text 'a",
                              "sh \"--x ;y=%f\" %f", ""}) {
+        EXPECT_EQ(ExpandCommand(exec, kSubject), std::nullopt) << exec;
+    }
+}
+
+TEST(ExpandCommand, RefusesWhatWouldExecuteTheFile) {
+    for (const char* exec : {"%f", "%U --wait", "%i", "%i %f", "%i %d text=%f", "--x=%f", "sh -c", "sh -c %f",
+                             "sh '-c' %u", "sh -c %i %F", "sh -c %i", "sh -c --x=%f", "text %f -c %f"}) {
         EXPECT_EQ(ExpandCommand(exec, kSubject), std::nullopt) << exec;
     }
 }
