@@ -16,9 +16,9 @@ struct ViewedText {
     bool lines_split = false;  // lines that were too long stand as several
 };
 
-/// UTF-8 where the bytes are that, with or without a byte order mark, else Latin-1. Line ends of all systems
-/// are understood and tabs kept; the rest is as VisibleText makes it. `more` when the bytes are the beginning
-/// of a longer file.
+/// UTF-16 or UTF-32 where a byte order mark says so, UTF-8 where the bytes are that, with or without a mark,
+/// else Windows-1252. Line ends of all systems are understood and tabs kept; the rest is as VisibleText makes
+/// it. `more` when the bytes are the beginning of a longer file.
 ViewedText TextOf(const QByteArray& bytes, bool more);
 
 /// Characters that do something instead of being seen (controls, changes of direction, further kinds of line

@@ -23,7 +23,19 @@ TEST(TextOf, ReadsWhatSystemsWrite) {
         {"\ttab", "\ttab"},
         {QByteArray("a\0b", 3), "a\uFFFDb"},
         {"\1\33[31m\177\f", "\uFFFD\uFFFD[31m\uFFFD\uFFFD"},
-        {"\200x\237", "\uFFFDx\uFFFD"},
+        {"\226 \223x\224 \200 \205 \237", "– “x” € … Ÿ"},
+        {"\201\215\217\220\235\240\377", "\uFFFD\uFFFD\uFFFD\uFFFD\uFFFD\u00A0ÿ"},  // not in use
+        {"\xEF\xBB\xBF\xE5", "ï»¿å"},                                               // a mark that is not true
+        {QByteArray("\xFF\xFE\xE5\0\r\0\n\0\x3D\xD8\x1F\xDC", 12), "å\n🐟"},
+        {QByteArray("\xFE\xFF\0\xE5\0\n\xD8\x3D\xDC\x1F", 10), "å\n🐟"},
+        {QByteArray("\xFF\xFE\0\0\xE5\0\0\0", 8), "å"},
+        {QByteArray("\xFF\xFE\0\0x\0\0\0\1\0\0\0", 12), "x\uFFFD"},
+        {QByteArray("\xFF\xFEx\0y", 5), "x\uFFFD"},  // an odd byte is half a character
+        {QByteArray("\xFF\xFE\x3D\xD8x\0", 6), "\uFFFDx"},
+        {QByteArray("\xFF\xFE\x1F\xDC\x3D\xD8\x1F\xDC\x3D\xD8", 10), "\uFFFD🐟\uFFFD"},
+        {"\xFF\xFE", ""},
+        {"\xFE\xFF", ""},
+        {"\xFFx", "ÿx"},
         {"exe.\u202Etxt", "exe.\uFFFDtxt"},
         {"a\u2028b\u2029c\u0085d\uFEFFe\uFFFCf\uFDD0g", "a\uFFFDb\uFFFDc\uFFFDd\uFFFDe\uFFFDf\uFFFDg"},
         {"\303", "Ã"},  // half a character at the end is none
@@ -44,6 +56,11 @@ TEST(TextOf, TheBeginningOfALongerFileMayEndWithinACharacter) {
     }
     EXPECT_EQ(TextOf(fish, true).text, "å🐟");
     EXPECT_EQ(TextOf("\303\245\345a", true).text, "Ã¥åa");
+    const QByteArray wide("\xFF\xFE\xE5\0\x3D\xD8\x1F\xDC", 8);
+    for (qsizetype size = 4; size < 8; ++size) {
+        EXPECT_EQ(TextOf(wide.first(size), true).text, "å") << size;
+    }
+    EXPECT_EQ(TextOf(wide, true).text, "å🐟");
 }
 
 TEST(TextOf, TakesAsManyLinesAsAViewCanShow) {
