@@ -1,12 +1,11 @@
 #include "settings/favourites.h"
 
-#include <algorithm>
-#include <charconv>
 #include <limits>
-#include <string>
+#include <optional>
 
 #include "platform/drive_path.h"
 #include "platform/folder.h"
+#include "settings/leading_number.h"
 
 namespace settings {
 namespace {
@@ -29,17 +28,10 @@ void Save(Store& store, const QString& key, const QString& value) {
     store.SaveSetting(kFavouritesApplication, kFavouritesSection, key, value);
 }
 
-// The number that the text begins with, blanks skipped; the nearest there is where it is too large.
-std::int16_t Number(QString text) {
-    std::string digits = text.remove(u' ').toStdString();
-    digits.erase(0, digits.starts_with('+') ? 1 : 0);
-    std::int16_t number = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    if (error != std::errc::result_out_of_range) {
-        return number;
-    }
-    using Limits = std::numeric_limits<std::int16_t>;
-    return digits.starts_with('-') ? Limits::min() : Limits::max();
+using CountLimits = std::numeric_limits<std::int16_t>;
+
+std::optional<int> StoredCount(const Store& store) {
+    return LeadingNumber(Get(store, kCount), CountLimits::min(), CountLimits::max());
 }
 
 void SaveDefaults(Store& store) {
@@ -57,6 +49,26 @@ void AppendUnlessEmpty(QStringList& list, const QString& value) {
     }
 }
 
+// The entries that have both name and folder, each with its own. Where the count says nothing the list
+// reaches to the first index that nothing is stored at.
+Favourites LoadPairs(const Store& store) {
+    const int stored = StoredCount(store).value_or(-1);
+    const int count = stored < 0 ? CountLimits::max() : stored;
+    Favourites pairs;
+    for (int i = 0; i < count; ++i) {
+        const QString name = Get(store, NameKey(i));
+        const QString folder = Get(store, FolderKey(i));
+        if (stored < 0 && name.isEmpty() && folder.isEmpty()) {
+            break;
+        }
+        if (!name.isEmpty() && !folder.isEmpty()) {
+            pairs.names += name;
+            pairs.folders += folder;
+        }
+    }
+    return pairs;
+}
+
 }  // namespace
 
 Favourites LoadFavourites(Store& store) {
@@ -65,7 +77,7 @@ Favourites LoadFavourites(Store& store) {
         SaveDefaults(store);
     }
     Favourites favourites;
-    favourites.count = Number(Get(store, kCount));
+    favourites.count = static_cast<std::int16_t>(StoredCount(store).value_or(0));
     for (int i = 0; i < favourites.count; ++i) {
         AppendUnlessEmpty(favourites.names, Get(store, NameKey(i)));
         AppendUnlessEmpty(favourites.folders, Get(store, FolderKey(i)));
@@ -87,10 +99,12 @@ void AppendFavourite(Store& store, const QString& name, const QString& folder) {
         return;
     }
     const Store::Batch batch(store);
-    Favourites favourites = Get(store, kCount) == kSavedEmpty ? Favourites() : LoadFavourites(store);
-    // Name and folder must get the same index, whatever is missing before them.
-    const qsizetype pairs = std::min(favourites.names.size(), favourites.folders.size());
-    SaveFavourites(store, favourites.names.first(pairs) << name, favourites.folders.first(pairs) << folder);
+    const QString stored = Get(store, kCount);
+    if (stored.isEmpty()) {
+        SaveDefaults(store);
+    }
+    const Favourites pairs = stored == kSavedEmpty ? Favourites() : LoadPairs(store);
+    SaveFavourites(store, pairs.names + QStringList(name), pairs.folders + QStringList(folder));
 }
 
 }  // namespace settings

@@ -28,7 +28,10 @@ Favourites LoadFavourites(Store& store);
 void SaveFavourites(Store& store, const QStringList& names, const QStringList& folders);
 
 /// Adds one at the end; neither may be empty, or nothing is added. Where nothing has been stored yet the
-/// program's own folders come first; a list that was saved empty begins with the new one.
+/// program's own folders come first; a list that was saved empty begins with the new one. Every name keeps
+/// the folder of its index; what misses either is dropped from the list. A count that is no number, or a
+/// negative one, costs nothing: the list is then what is stored from index 0 up to the first index with
+/// neither.
 void AppendFavourite(Store& store, const QString& name, const QString& folder);
 
 }  // namespace settings

@@ -1,8 +1,8 @@
 #include "settings/profiles.h"
 
 #include <algorithm>
-#include <charconv>
-#include <string>
+
+#include "settings/leading_number.h"
 
 namespace settings {
 namespace {
@@ -35,16 +35,8 @@ void Save(Store& store, const QString& section, const QString& key, const QStrin
     store.SaveSetting(kFtpApplication, section, key, value);
 }
 
-// The number that the text begins with, blanks skipped.
 int ProfileCount(const Store& store) {
-    std::string digits = Get(store, kGeneral, kCount).remove(u' ').toStdString();
-    digits.erase(0, digits.starts_with('+') ? 1 : 0);
-    int count = 0;
-    const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), count);
-    if (error == std::errc::result_out_of_range) {
-        count = digits.starts_with('-') ? 0 : kMaxProfiles;
-    }
-    return std::clamp(count, 0, kMaxProfiles);
+    return LeadingNumber(Get(store, kGeneral, kCount), 0, kMaxProfiles).value_or(0);
 }
 
 void SaveProfileCount(Store& store, int count) {

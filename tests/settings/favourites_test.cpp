@@ -217,13 +217,16 @@ TEST_F(FavouritesTest, AreAppendedAfterWhatIsThere) {
         {"saved empty", "stopp!", {"ny"}, {"C:\\ny"}},
         {"two", "2", {"a", "b", "ny"}, {"C:\\a", "C:\\b", "C:\\ny"}},
         {"a count beyond all", "99999999999", {"a", "b", "c", "ny"}, {"C:\\a", "C:\\b", "C:\\c", "C:\\ny"}},
-        {"a count below none", "-5", {"ny"}, {"C:\\ny"}},
-        {"no count", "abc", {"ny"}, {"C:\\ny"}},
+        {"none", "0", {"ny"}, {"C:\\ny"}},
+        {"a count below none", "-5", {"a", "b", "c", "ny"}, {"C:\\a", "C:\\b", "C:\\c", "C:\\ny"}},
+        {"no count", "abc", {"a", "b", "c", "ny"}, {"C:\\a", "C:\\b", "C:\\c", "C:\\ny"}},
+        {"a blank count", " ", {"a", "b", "c", "ny"}, {"C:\\a", "C:\\b", "C:\\c", "C:\\ny"}},
     };
     for (const Row& row : rows) {
-        Plant(3);
-        Set("favvis_namn3", "");
+        Plant(5);
+        Set("favvis_namn3", "");  // a list of three, and one left by a longer list
         Set("favvis_dir3", "");
+        Set("favvis_namn4", "");
         Set("Antal", row.stored);
         AppendFavourite(store_, "ny", "C:\\ny");
         EXPECT_EQ(Get("Antal"), QString::number(row.names.size())) << row.what;
@@ -233,14 +236,37 @@ TEST_F(FavouritesTest, AreAppendedAfterWhatIsThere) {
     }
 }
 
-TEST_F(FavouritesTest, AppendedKeepTheirFolderWhereOthersMissTheirs) {
-    Set("Antal", "3");
-    Plant(3);
-    Set("favvis_dir1", "");
-    AppendFavourite(store_, "ny", "C:\\ny");
-    const Favourites favourites = LoadFavourites(store_);
-    EXPECT_EQ(favourites.names.last(), "ny");
-    EXPECT_EQ(favourites.names.indexOf("ny"), favourites.folders.indexOf("C:\\ny"));
+TEST_F(FavouritesTest, KeepTheirFoldersWhenOneIsAppended) {
+    struct Row {
+        QStringList missing;
+        QString count;
+        QStringList names;
+    };
+    const Row rows[] = {
+        {{"favvis_dir1"}, "3", {"a", "c", "ny"}},
+        {{"favvis_namn1"}, "3", {"a", "c", "ny"}},
+        {{"favvis_namn0", "favvis_dir2"}, "3", {"b", "ny"}},
+        {{"favvis_namn1", "favvis_dir1"}, "3", {"a", "c", "ny"}},
+        {{"favvis_namn0", "favvis_dir1", "favvis_dir2"}, "3", {"ny"}},
+        {{"favvis_dir1"}, "abc", {"a", "c", "ny"}},
+        {{"favvis_namn1"}, "-5", {"a", "c", "ny"}},
+        {{"favvis_namn1", "favvis_dir1"}, "abc", {"a", "ny"}},  // ends where nothing is
+    };
+    for (const Row& row : rows) {
+        Plant(3);
+        Set("favvis_namn3", "");
+        Set("favvis_dir3", "");
+        Set("Antal", row.count);
+        QStringList folders;
+        for (const QString& key : row.missing) Set(key, "");
+        for (const QString& name : row.names) folders += "C:\\" + name;
+        AppendFavourite(store_, "ny", "C:\\ny");
+        const Favourites favourites = LoadFavourites(store_);
+        const std::string what = row.count.toStdString() + ' ' + row.missing.join(' ').toStdString();
+        EXPECT_EQ(favourites.names, row.names) << what;
+        EXPECT_EQ(favourites.folders, folders) << what;
+        EXPECT_EQ(favourites.count, row.names.size()) << what;
+    }
 }
 
 TEST_F(FavouritesTest, WithoutANameOrAFolderAreNotAppended) {
