@@ -41,14 +41,31 @@ int RenameToNew(const QByteArray& from, const QByteArray& to) {
     return unknown ? rename(from.constData(), to.constData()) : returned;
 }
 
-// Makes the folder when it is missing. A link in its place, or a folder that others could change, is not
-// ours: what lies there would not be what we put there.
+// A folder that others could change is not ours: what lies there would not be what we put there.
+bool IsOwn(int folder) {
+    struct stat status;
+    return fstat(folder, &status) == 0 && status.st_uid == geteuid() &&
+           (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 &&
+           faccessat(folder, ".", R_OK | W_OK | X_OK, AT_EACCESS) == 0;
+}
+
+bool IsClosedToOthers(int folder) {
+    struct stat status;
+    return fstat(folder, &status) == 0 && (status.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
+// Makes the folder when it is missing, and closes it to others when it is ours; not through a link. Some file
+// systems take a mode and do not keep it.
 bool MakeOwnFolder(const QByteArray& native) {
     mkdir(native.constData(), S_IRWXU);
-    struct stat status;
-    return lstat(native.constData(), &status) == 0 && S_ISDIR(status.st_mode) && status.st_uid == geteuid() &&
-           (status.st_mode & (S_IWGRP | S_IWOTH)) == 0 &&
-           faccessat(AT_FDCWD, native.constData(), R_OK | W_OK | X_OK, AT_EACCESS) == 0;
+    const int folder = open(native.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (folder < 0) {
+        return false;
+    }
+    const bool closed = IsOwn(folder) && (IsClosedToOthers(folder) ||
+                                          (fchmod(folder, S_IRWXU) == 0 && IsClosedToOthers(folder)));
+    close(folder);
+    return closed;
 }
 
 QByteArray NameOf(const QByteArray& native) {

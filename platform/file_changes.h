@@ -20,8 +20,9 @@ FileResult DeleteFile(const QString& path);
 
 /// Where files for a moment's use are kept: "temp" in the program's folder, else a folder of the user's own
 /// ($XDG_CACHE_HOME/websmide/temp). Made when missing, open to the user only. A place is used only if it is a
-/// folder (no link) that belongs to the user, can be written, and cannot be written by anybody else. Empty
-/// when neither place is so: then there is nowhere safe to keep a file, and the caller does without.
+/// folder (no link) that belongs to the user, can be written, and cannot be written by anybody else; where
+/// others may read it that is taken from them. Empty when neither place is so: then there is nowhere safe to
+/// keep a file, and the caller does without.
 QString TemporaryFolder();
 
 }  // namespace platform

@@ -4,10 +4,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+inline constexpr uid_t kNobody = 65534;
+
 /// `check` runs in a child process (as the user nobody when the tests run as root); its result comes back.
 template <typename Check>
 bool AsNobody(Check check) {
-    constexpr uid_t kNobody = 65534;
     const pid_t child = fork();
     if (child == 0) {
         const bool dropped = geteuid() != 0 || (setegid(kNobody) == 0 && seteuid(kNobody) == 0);

@@ -152,6 +152,14 @@ class TemporaryFolderTest : public FileChangesTest {
     static QString BesideProgram() { return Join(ProgramFolder(), "temp"); }
     static QByteArray Beside() { return *ToNative(BesideProgram()); }
     QString Own() const { return Path("websmide\\temp"); }
+    /// For AsNobody: whether the user's own folder is chosen, and can be used.
+    auto UsesOwn() const {
+        return [own = Own()] {
+            const bool usable = TemporaryFolder() == own && MakeFolder(own + "\\x") == FileResult::Done;
+            rmdir(ToNative(own + "\\x")->constData());
+            return usable;
+        };
+    }
     QByteArray Native(const char* name) const { return folder_.Native(name); }
 
     static void Make(const QByteArray& folder, mode_t mode) {
@@ -159,7 +167,6 @@ class TemporaryFolderTest : public FileChangesTest {
         ASSERT_EQ(chmod(folder.constData(), mode), 0);  // whatever the umask
     }
     static void GiveAway(const QByteArray& folder) {
-        constexpr uid_t kNobody = 65534;
         ASSERT_EQ(lchown(folder.constData(), kNobody, kNobody), 0);
     }
     static mode_t Mode(const QByteArray& folder) {
@@ -179,9 +186,19 @@ TEST_F(TemporaryFolderTest, IsBesideTheProgram) {
     EXPECT_EQ(Names(), QStringList());
 }
 
-TEST_F(TemporaryFolderTest, TakesAFolderThatOthersMayRead) {
-    Make(Beside(), 0755);
-    EXPECT_EQ(TemporaryFolder(), BesideProgram());
+TEST_F(TemporaryFolderTest, IsClosedToOthersWhereTheyMayReadIt) {
+    for (const mode_t mode : {0755, 0750, 0705, 0711, 0701}) {
+        Make(Beside(), mode);
+        EXPECT_EQ(TemporaryFolder(), BesideProgram());
+        EXPECT_EQ(Mode(Beside()), 0700u) << mode;
+        rmdir(Beside().constData());
+    }
+    Make(Beside(), 0777);
+    Make(Native("websmide"), 0755);
+    Make(Native("websmide/temp"), 0755);
+    EXPECT_EQ(TemporaryFolder(), Own());
+    EXPECT_EQ(Mode(Native("websmide")), 0700u);
+    EXPECT_EQ(Mode(Native("websmide/temp")), 0700u);
 }
 
 TEST_F(TemporaryFolderTest, IsTheUsersOwnWhereOthersMayWrite) {
@@ -196,13 +213,14 @@ TEST_F(TemporaryFolderTest, IsTheUsersOwnWhereOthersMayWrite) {
 }
 
 TEST_F(TemporaryFolderTest, IsTheUsersOwnWhereALinkStands) {
-    Make(Native("annan"), 0700);
+    Make(Native("annan"), 0755);
     for (const QByteArray& target : {Native("annan"), Native("saknas")}) {
         ASSERT_EQ(symlink(target.constData(), Beside().constData()), 0);
         EXPECT_EQ(TemporaryFolder(), Own());
         unlink(Beside().constData());
     }
     EXPECT_EQ(Names(), (QStringList{"annan", "websmide"}));
+    EXPECT_EQ(Mode(Native("annan")), 0755u);
     QFile file(QFile::decodeName(Beside()));
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     EXPECT_EQ(TemporaryFolder(), Own());
@@ -213,16 +231,41 @@ TEST_F(TemporaryFolderTest, IsTheUsersOwnWhereItBelongsToSomebodyElse) {
     if (geteuid() != 0) {
         GTEST_SKIP() << "only the superuser can give folders away";
     }
-    Make(Beside(), 0700);
+    Make(Beside(), 0755);
     GiveAway(Beside());
     EXPECT_EQ(TemporaryFolder(), Own());
+    EXPECT_EQ(Mode(Beside()), 0755u);
 }
 
+TEST_F(TemporaryFolderTest, IsTheUsersOwnWhereItCannotBeWritten) {
+    ASSERT_EQ(chmod(folder_.Native().constData(), 0777), 0);
+    for (const mode_t mode : {0500, 0555}) {
+        Make(Beside(), mode);
+        if (geteuid() == 0) {
+            GiveAway(Beside());  // nobody's own, so that nothing but the mode stands in the way
+        }
+        EXPECT_TRUE(AsNobody(UsesOwn())) << mode;
+        EXPECT_EQ(Mode(Beside()), mode);
+        rmdir(Beside().constData());
+    }
+    // The same folder with a mode that lets its owner write.
+    Make(Beside(), 0700);
+    if (geteuid() == 0) {
+        GiveAway(Beside());
+    }
+    EXPECT_TRUE(AsNobody([] { return TemporaryFolder() == BesideProgram(); }));
+}
+
+// As after an installation: the program's folder is the system's.
 TEST_F(TemporaryFolderTest, IsTheUsersOwnWhereTheProgramsFolderCannotBeWritten) {
     ASSERT_EQ(chmod(folder_.Native().constData(), 0777), 0);
-    Make(Beside(), 0500);
-    EXPECT_TRUE(AsNobody(
-        [&] { return TemporaryFolder() == Own() && MakeFolder(Own() + "\\x") == FileResult::Done; }));
+    const QByteArray program = *ToNative(ProgramFolder());
+    const mode_t mode = Mode(program);
+    ASSERT_EQ(chmod(program.constData(), 0555), 0);
+    const bool used = AsNobody(UsesOwn());
+    chmod(program.constData(), mode);
+    EXPECT_TRUE(used);
+    EXPECT_FALSE(std::filesystem::exists(Beside().toStdString()));
 }
 
 TEST_F(TemporaryFolderTest, IsNowhereWhereTheUsersOwnIsNotSafeEither) {
