@@ -3,7 +3,9 @@
 #include <dlfcn.h>
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <future>
 #include <memory>
@@ -21,6 +23,7 @@ constexpr std::chrono::seconds kPatience(5);
 // that associates nothing.
 struct Gio {
     decltype(&g_object_unref) object_unref;
+    decltype(&g_bus_get_sync) bus_get_sync;
     decltype(&g_file_new_for_path) file_new_for_path;
     decltype(&g_file_query_info) file_query_info;
     decltype(&g_file_info_get_content_type) file_info_get_content_type;
@@ -41,7 +44,7 @@ const Gio* LoadGio() {
         return function != nullptr;
     };
     const bool complete =
-        library && find(gio.object_unref, "g_object_unref") &&
+        library && find(gio.object_unref, "g_object_unref") && find(gio.bus_get_sync, "g_bus_get_sync") &&
         find(gio.file_new_for_path, "g_file_new_for_path") &&
         find(gio.file_query_info, "g_file_query_info") &&
         find(gio.file_info_get_content_type, "g_file_info_get_content_type") &&
@@ -80,26 +83,44 @@ QByteArray TypeOf(const Gio& gio, const QByteArray& native) {
     return QByteArray(info ? gio.file_info_get_content_type(info.get()) : nullptr);
 }
 
-bool Launch(const Gio& gio, GDesktopAppInfo* program, const QByteArray& native) {
+// What the process that is to become the program is told.
+struct Start {
+    const std::atomic<bool>& given_up;
+    char* folder;  // null: where it is
+};
+
+void BecomeProgram(void* data) {
+    const Start& start = *static_cast<const Start*>(data);
+    if (start.given_up) {
+        _exit(1);  // nobody is to be surprised by a document that opens late
+    }
+    LeaveSession(start.folder);
+}
+
+bool Launch(const Gio& gio, GDesktopAppInfo* program, const QByteArray& native,
+            const std::atomic<bool>& given_up) {
     constexpr auto kFlags = static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
                                                      G_SPAWN_STDERR_TO_DEV_NULL);
     // Percent-encoded from the bytes, so that names that are not UTF-8 reach the program unharmed.
     QByteArray address = "file://" + native.toPercentEncoding("/");
     GList addresses{address.data(), nullptr, nullptr};
     char root[] = "/";
-    char* const folder = gio.desktop_app_info_has_key(program, "Path") ? nullptr : root;
-    return gio.desktop_app_info_launch_uris_as_manager(program, &addresses, nullptr, kFlags, LeaveSession,
-                                                       folder, nullptr, nullptr, nullptr);
+    Start start{given_up, gio.desktop_app_info_has_key(program, "Path") ? nullptr : root};
+    // The bus makes one wait here, not after the last look at whether anybody still wants the document.
+    const Owned<GDBusConnection> bus(gio.bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+    return !given_up &&
+           gio.desktop_app_info_launch_uris_as_manager(program, &addresses, nullptr, kFlags, BecomeProgram,
+                                                       &start, nullptr, nullptr, nullptr);
 }
 
-bool OpenByType(const QByteArray& native) {
+bool OpenByType(const QByteArray& native, const std::atomic<bool>& given_up) {
     const Gio* const gio = TheGio();
     if (!gio) {
         return false;
     }
     const QByteArray type = TypeOf(*gio, native);
     const auto program = DefaultFor(*gio, type.isEmpty() ? nullptr : type.constData());
-    return program && Launch(*gio, program.get(), native);
+    return program && Launch(*gio, program.get(), native, given_up);
 }
 
 }  // namespace
@@ -117,14 +138,19 @@ std::optional<DesktopProgram> ProgramForType(const char* type) {
 }
 
 // GIO talks to the session bus. One that has stopped would hold the caller for ever, so it is asked on a
-// thread that nobody waits for longer than that.
+// thread that nobody waits for longer than that; what comes after that is no longer wanted.
 bool OpenWithDesktop(const QByteArray& native) {
     std::promise<bool> promise;
     std::future<bool> opened = promise.get_future();
-    std::thread([native, answer = std::move(promise)]() mutable {
-        answer.set_value(OpenByType(native));
+    const auto given_up = std::make_shared<std::atomic<bool>>(false);
+    std::thread([native, given_up, answer = std::move(promise)]() mutable {
+        answer.set_value(OpenByType(native, *given_up));
     }).detach();
-    return opened.wait_for(kPatience) == std::future_status::ready && opened.get();
+    if (opened.wait_for(kPatience) != std::future_status::ready) {
+        *given_up = true;
+        return false;
+    }
+    return opened.get();
 }
 
 }  // namespace platform

@@ -19,7 +19,7 @@ struct DesktopProgram {
 std::optional<DesktopProgram> ProgramForType(const char* type);
 
 /// Starts the desktop's program for a file or a folder. False when there is none, it cannot be started, or
-/// the desktop does not answer within some seconds.
+/// the desktop does not answer within some seconds; when it answers later nothing is started any more.
 bool OpenWithDesktop(const QByteArray& native);
 
 }  // namespace platform
