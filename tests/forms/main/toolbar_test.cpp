@@ -74,18 +74,6 @@ TEST_F(Toolbar, TwoButtonsAreThereWithoutEffect) {
     EXPECT_EQ(Get<toolkit::ListBox>("listTrace").ListCount(), 0);
 }
 
-TEST_F(Toolbar, ClosingAConnectionTwiceIsHarmless) {
-    Open();
-    Button("Command16").setEnabled(true);
-    for (int press = 0; press < 2; ++press) {
-        Button("Command16").click();
-        EXPECT_FALSE(Button("Command16").isEnabled());
-        EXPECT_TRUE(Button("cmdConnection").isEnabled());
-        EXPECT_TRUE(Button("cmdConnection").hasFocus());
-        EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
-    }
-}
-
 // The label opens the filter, and what is chosen there shows in the list at once.
 TEST_F(Toolbar, TheFilterIsSetFromItsLabel) {
     MakeFile("liten.txt", 3);
