@@ -9,6 +9,8 @@ namespace {
 
 constexpr const char* kAllowed = "allowWhileBusy";
 
+int living = 0;  // one inside the other, on the UI thread
+
 bool IsInput(QEvent::Type type) {
     switch (type) {
         case QEvent::MouseButtonPress:
@@ -38,13 +40,27 @@ bool IsInput(QEvent::Type type) {
     }
 }
 
+// What would be taken as promised if it were accepted: the key of an allowed button's shortcut would be the
+// focused object's own, and a source that moves what it has dropped would remove it.
+bool IsOffer(QEvent::Type type) {
+    return type == QEvent::ShortcutOverride || type == QEvent::DragEnter || type == QEvent::DragMove ||
+           type == QEvent::Drop;
+}
+
 }  // namespace
 
 OperationGate::OperationGate() {
     QCoreApplication::instance()->installEventFilter(this);
+    ++living;
 }
 
-OperationGate::~OperationGate() = default;
+OperationGate::~OperationGate() {
+    --living;
+}
+
+bool OperationGate::IsUp() {
+    return living > 0;
+}
 
 void OperationGate::AllowWhileBusy(QObject* object, bool allow) {
     object->setProperty(kAllowed, allow ? QVariant(true) : QVariant());
@@ -60,8 +76,7 @@ bool OperationGate::IsAllowed(const QObject* object) {
 bool OperationGate::eventFilter(QObject* watched, QEvent* event) {
     // A native window gets every event first and hands it on to the object that it is meant for.
     if (!IsInput(event->type()) || watched->isWindowType() || IsAllowed(watched)) return false;
-    // Not accepted: the key of an allowed button's shortcut would be taken for the focused object's own.
-    if (event->type() != QEvent::ShortcutOverride) event->accept();
+    event->setAccepted(!IsOffer(event->type()));
     return true;
 }
 

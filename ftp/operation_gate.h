@@ -14,6 +14,9 @@ class OperationGate : public QObject {
     OperationGate();
     ~OperationGate() override;
 
+    /// Whether one lives. Input is kept away by itself; what comes later by a timer or a queue has to ask.
+    static bool IsUp();
+
     /// Marks an object (a button, a list, a whole message box) as usable while an operation runs.
     static void AllowWhileBusy(QObject* object, bool allow = true);
     static bool IsAllowed(const QObject* object);

@@ -148,8 +148,10 @@ QUrl ToUrl(const QString& path) {
 }
 
 std::optional<QString> FromUrl(const QUrl& url) {
-    if (!url.isLocalFile()) return std::nullopt;
-    return FromNative(QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1()));
+    const bool here = url.host().isEmpty() || url.host() == QStringLiteral("localhost");
+    const QByteArray native = QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1());
+    if (!url.isLocalFile() || !here || native.contains('\0')) return std::nullopt;
+    return FromNative(native);
 }
 
 }  // namespace platform

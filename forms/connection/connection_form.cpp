@@ -21,7 +21,8 @@ using toolkit::Buttons;
 using toolkit::Icon;
 using toolkit::MsgBox;
 
-frmConnection::frmConnection(const ConnectionHost& main) : main_(main), Timer1(new QTimer(this)) {
+frmConnection::frmConnection(const ConnectionHost& main)
+    : OwnedDialog(main.window), main_(main), Timer1(new QTimer(this)) {
     RegisterPictures();
     setupUi(this);
     Timer1->setObjectName(QStringLiteral("Timer1"));
@@ -64,25 +65,16 @@ void frmConnection::PreparePassword() {
 }
 
 void frmConnection::Form_Load() {
-    app::CentreOnScreen(*this);
-    app::SetOwner(*this, main_.window);
-    main_.window.setEnabled(false);
-    show();
+    OpenOverOwner();
     Combo1->addItems(settings::LoadProfileNames(main_.store));
     txtusername->addItem(QStringLiteral("anonymous"));
     SelectProfile(0);
 }
 
-void frmConnection::Form_QueryUnload() {
-    main_.window.setEnabled(true);
-    app::ClearOwner(*this);
-}
-
-// Every way of closing comes by here. Who closes the dialog in the middle of a connect gives the connect up.
+// Who closes the dialog in the middle of a connect gives the connect up.
 void frmConnection::done(int result) {
     if (main_.Ftp1.Busy()) cmdDisconnect_Click();
-    Form_QueryUnload();
-    QDialog::done(result);
+    OwnedDialog::done(result);
 }
 
 void frmConnection::SelectProfile(int n) {

@@ -1,11 +1,11 @@
 #pragma once
 // The connection dialog: connection profiles, login data, and the whole connect sequence. UI thread only.
 
-#include <QDialog>
 #include <QPushButton>
 #include <QTimer>
 #include <functional>
 
+#include "app/shared/owned_dialog.h"
 #include "ftp/component.h"
 #include "settings/profiles.h"
 #include "ui_connection_form.h"
@@ -29,7 +29,7 @@ struct ConnectionHost {
 
 /// While it is open the main window is disabled. It closes itself when the connect sequence is over, and must
 /// not be destroyed while the sequence runs: an operation of the component holds an event loop.
-class frmConnection : public QDialog, private Ui::frmConnection {
+class frmConnection : public app::OwnedDialog, private Ui::frmConnection {
     Q_OBJECT
  public:
     explicit frmConnection(const ConnectionHost& main);
@@ -43,7 +43,6 @@ class frmConnection : public QDialog, private Ui::frmConnection {
  private:
     void Wire();
     void PreparePassword();
-    void Form_QueryUnload();
     void Combo1_Click();
     void Command1_Click();
     void Command2_Click();

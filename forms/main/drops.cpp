@@ -7,6 +7,7 @@
 
 #include "forms/main/main_form.h"
 #include "forms/transfer/transfer_form.h"
+#include "ftp/operation_gate.h"
 #include "platform/drive_path.h"
 #include "platform/folder.h"
 
@@ -15,11 +16,9 @@ namespace forms {
 void MainForm::PrepareDrops() {
     for (toolkit::ListView* list : std::initializer_list<toolkit::ListView*>{list2, listdir2}) {
         list->setDragDropMode(QAbstractItemView::DragOnly);
-        connect(list, &toolkit::ListView::DragEnded, this, &MainForm::ActOnDrop);
-    }
-    for (QAbstractItemView* list : std::initializer_list<QAbstractItemView*>{list2, Dir1, listdir2}) {
         list->viewport()->setAcceptDrops(true);
         list->viewport()->installEventFilter(this);
+        connect(list, &toolkit::ListView::DragEnded, this, &MainForm::ActOnDrop);
     }
 }
 
@@ -30,6 +29,7 @@ bool MainForm::MayDrop(const QObject* target, const QDropEvent& event) const {
 }
 
 bool MainForm::HandleDrag(const QObject* target, QDropEvent& event) {
+    if (target != list2->viewport() && target != listdir2->viewport()) return false;
     event.setDropAction(Qt::CopyAction);
     event.setAccepted(MayDrop(target, event));
     if (event.type() == QEvent::Drop && event.isAccepted()) TakeDrop(event);
@@ -47,7 +47,8 @@ void MainForm::TakeDrop(const QDropEvent& event) {
 }
 
 void MainForm::ActOnDrop() {
-    if (const auto act = std::exchange(dropped_, nullptr)) act();
+    const auto act = std::exchange(dropped_, nullptr);
+    if (act && !ftp::OperationGate::IsUp()) act();
 }
 
 void MainForm::SendDropped(const QList<QUrl>& urls) {

@@ -105,6 +105,11 @@ void MainForm::FitFileColumns() {
     list2->setColumnWidth(1, size);
 }
 
+// A button that is disabled or hidden leaves the focus to whatever comes next, which may be the other panel.
+void MainForm::KeepFocusIn(QWidget& list, const QWidget* focused) {
+    if (focused && !(focused->isEnabled() && focused->isVisible())) list.setFocus();
+}
+
 // The percentage stands in the middle of the bar twice, once in the colour of each of its parts; the filled
 // part covers the one below it.
 void MainForm::PlacePercentages() {
@@ -122,8 +127,8 @@ bool MainForm::eventFilter(QObject* watched, QEvent* event) {
     if (watched == list2->viewport() && event->type() == QEvent::Resize) FitFileColumns();
     if (watched == p1 && event->type() == QEvent::Resize) PlacePercentages();
     if (watched == Text1->lineEdit() && event->type() == QEvent::MouseButtonRelease) Text1_Click();
-    if (event->type() == QEvent::Shortcut && static_cast<QShortcutEvent*>(event)->isAmbiguous())
-        return ChooseAmongAmbiguous(*static_cast<QAbstractButton*>(watched));
+    if (event->type() == QEvent::Shortcut)
+        return PressByLetter(*static_cast<QAbstractButton*>(watched), *static_cast<QShortcutEvent*>(event));
     switch (event->type()) {
         case QEvent::KeyPress:
             return HandleListKey(watched, *static_cast<QKeyEvent*>(event));
@@ -134,6 +139,13 @@ bool MainForm::eventFilter(QObject* watched, QEvent* event) {
         default:
             return QWidget::eventFilter(watched, event);
     }
+}
+
+// At once: Qt's own press comes by a timer, which may go off in the middle of an operation.
+bool MainForm::PressByLetter(QAbstractButton& button, const QShortcutEvent& letter) {
+    if (letter.isAmbiguous()) return ChooseAmongAmbiguous(button);
+    button.click();
+    return true;
 }
 
 // Both panels have buttons with the same letter: the panel with the focus decides. Where that does not, Qt
@@ -149,7 +161,7 @@ bool MainForm::ChooseAmongAmbiguous(QAbstractButton& button) {
         if (chosen) return false;
         chosen = candidate;
     }
-    if (chosen) chosen->animateClick();
+    if (chosen) chosen->click();
     return chosen != nullptr;
 }
 

@@ -57,8 +57,10 @@ void MainForm::Dir1_Change() {
             listed.push_back(file);
     local_files_->SetFiles(File1->Path(), std::move(listed));
 
+    const QWidget* const focused = focusWidget();
     for (QPushButton* button : {Command5, Command4, Command6, Command8, Command1}) button->setEnabled(false);
     ShowDeleteButton(false);
+    KeepFocusIn(*list2, focused);
 }
 
 void MainForm::Drive1_Change() {

@@ -42,6 +42,8 @@
 #include "settings/settings_store.h"
 #include "ui_main_form.h"
 
+class QShortcutEvent;
+
 namespace forms {
 
 class favviskat;
@@ -115,6 +117,8 @@ class MainForm : public QWidget, private Ui::MainForm {
     void MDIForm_Resize();
     void FitFileColumns();
     void PlacePercentages();
+    void KeepFocusIn(QWidget& list, const QWidget* focused);
+    bool PressByLetter(QAbstractButton& button, const QShortcutEvent& letter);
     bool ChooseAmongAmbiguous(QAbstractButton& button);
     // menus.cpp
     void PrepareMenus();
@@ -221,6 +225,7 @@ class MainForm : public QWidget, private Ui::MainForm {
     LocalFilesModel* const local_files_;
     QMenu* const tabd;
     bool adding_ = false;            // a listing line is being added by Ftp1_DirItem, not chosen by the user
+    QPointer<QWidget> focus_after_;  // the focus when the server panel is released
     int failures_ = 0;               // error events of the component so far
     std::function<void()> dropped_;  // what to do when the drag is over
     // Each the last one that was opened; there may have been none.

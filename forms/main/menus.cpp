@@ -5,6 +5,7 @@
 
 #include "app/shared/ftpglob.h"
 #include "forms/main/main_form.h"
+#include "ftp/operation_gate.h"
 #include "platform/drive_path.h"
 #include "platform/folder.h"
 #include "platform/whole_file.h"
@@ -13,7 +14,16 @@
 namespace forms {
 namespace {
 
-// A command begins when its menu is gone: it may hold an event loop of its own.
+// A command begins when its menu is gone: it may hold an event loop of its own. An operation that has begun
+// meanwhile keeps it away, as it does all input.
+template <class Act>
+void BeginLater(QAction& action, QObject* receiver, Act act) {
+    const auto unless_busy = [receiver, act] {
+        if (!ftp::OperationGate::IsUp() || ftp::OperationGate::IsAllowed(receiver)) act();
+    };
+    QObject::connect(&action, &QAction::triggered, receiver, unless_busy, Qt::QueuedConnection);
+}
+
 QAction* Add(QMenu& menu, const QString& name, const QString& text, bool possible) {
     QAction* const action = menu.addAction(text);
     action->setObjectName(name);
@@ -26,18 +36,23 @@ void AddButton(QMenu& menu, QPushButton& button, const char* key = "") {
     QAction* const action =
         Add(menu, button.objectName(), button.text() + u'\t' + QString::fromUtf8(key), button.isEnabled());
     action->setIcon(button.icon());
-    QObject::connect(action, &QAction::triggered, &button, &QPushButton::click, Qt::QueuedConnection);
+    BeginLater(*action, &button, [&button] { button.click(); });
 }
 
 template <class Act>
 void AddAction(QMenu& menu, const char* name, const char* text, Act act, bool possible = true) {
     QAction* const action = Add(menu, QString::fromUtf8(name), QString::fromUtf8(text), possible);
-    QObject::connect(action, &QAction::triggered, menu.parent(), act, Qt::QueuedConnection);
+    BeginLater(*action, menu.parent(), act);
 }
 
 void PopUp(QMenu& menu, const QAbstractItemView& list, QPoint place) {
     menu.setAttribute(Qt::WA_DeleteOnClose);
     menu.popup(list.viewport()->mapToGlobal(place));
+}
+
+// A key that is held starts, removes or renames once.
+bool ActsOnMarkedRows(int key) {
+    return key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Delete || key == Qt::Key_F2;
 }
 
 }  // namespace
@@ -137,11 +152,12 @@ void MainForm::SaveTrace() {
     const QByteArray text = (lines.join(u'\n') + u'\n').toUtf8();
     const std::optional<QByteArray> native = platform::Resolve(path);
     Tell(native ? platform::ReplaceWholeFile(*native, text) : platform::FileResult::PathError, path);
-    if (!Ftp1->Busy()) Command7_Click();
+    if (!ftp::OperationGate::IsUp()) Command7_Click();
 }
 
 bool MainForm::HandleListKey(const QObject* list, const QKeyEvent& event) {
     if (event.modifiers() & ~Qt::KeypadModifier) return false;
+    if (event.isAutoRepeat() && ActsOnMarkedRows(event.key())) return true;
     if (list == list2) return HandleLocalKey(event.key());
     if (list == listdir2) return HandleServerKey(event.key());
     if (list != Dir1 || event.key() != Qt::Key_Backspace) return false;

@@ -1,5 +1,7 @@
 #include "forms/main/server_lines_model.h"
 
+#include <QMimeData>
+
 #include "ftp/listing_rows.h"
 
 namespace forms {
@@ -22,6 +24,16 @@ QVariant ServerLinesModel::data(const QModelIndex& index, int role) const {
 
 Qt::ItemFlags ServerLinesModel::flags(const QModelIndex& index) const {
     return LineModel::flags(index) | Qt::ItemIsDragEnabled;
+}
+
+QStringList ServerLinesModel::mimeTypes() const {
+    return {QStringLiteral("application/x-websmide-server-rows")};
+}
+
+QMimeData* ServerLinesModel::mimeData(const QModelIndexList&) const {
+    auto* data = new QMimeData;
+    data->setData(mimeTypes().first(), {});
+    return data;
 }
 
 QVariant ServerLinesModel::headerData(int section, Qt::Orientation orientation, int role) const {

@@ -16,6 +16,8 @@ class ServerLinesModel : public toolkit::LineModel {
     QVariant data(const QModelIndex& index, int role) const override;
     // Rows can be dragged; what a drop of them means is for the window to know.
     Qt::ItemFlags flags(const QModelIndex& index) const override;
+    QStringList mimeTypes() const override;
+    QMimeData* mimeData(const QModelIndexList& indexes) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
  private:

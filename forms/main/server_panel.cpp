@@ -23,7 +23,9 @@ void MainForm::Command9_Click() {
     app::SetHourglass(true);
     ClearServerLists();
     Ftp1->ListDirectory();
+    const QWidget* const focused = focusWidget();
     for (QPushButton* button : {Command10, Command11, Command12, Command13}) button->setEnabled(false);
+    KeepFocusIn(*listdir2, focused);
     for (QPushButton* button : {Command23, Command21, Command14}) button->setEnabled(true);
     BuildServerList();
     app::SetHourglass(false);

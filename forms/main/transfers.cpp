@@ -66,7 +66,12 @@ void MainForm::FetchOne(const QString& file, const QString& local_path) {
     app::Globals().DownloadRunning = 0;
 }
 
+// Who has pressed a button that is disabled now goes on in the list that it belongs to.
 void MainForm::HoldServerPanel() {
+    QWidget* const focus = focusWidget();
+    focus_after_ = Frame2->isAncestorOf(focus) || focus == Command2 ? listdir2
+                   : Picture1->isAncestorOf(focus)                  ? list2
+                                                                    : focus;
     for (QPushButton* button : {Command23, Command2, Command1, Command21, Command14, Command9, Command10,
                                 Command11, Command12, Command13})
         button->setEnabled(false);
@@ -77,6 +82,7 @@ void MainForm::HoldServerPanel() {
 void MainForm::ReleaseServerPanel() {
     listdir2->setEnabled(true);
     for (QPushButton* button : {Command21, Command14, Command9}) button->setEnabled(true);
+    if (focus_after_) focus_after_->setFocus();
 }
 
 void MainForm::ResetStrip() {
@@ -95,6 +101,7 @@ void MainForm::ShowTransferWindow(const std::vector<Upload>& uploads) {
 
 void MainForm::avb_Click() {
     if (!UserWantsToAbort(*this)) return;
+    ++failures_;  // what was fetched is not wanted any more, also where it has come meanwhile
     Ftp1->AbortTransfer();
     antal->setText(QStringLiteral("0 %"));
     p2->SetWidth(kAbortedBarWidth);

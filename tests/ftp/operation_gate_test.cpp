@@ -70,6 +70,27 @@ TEST_F(OperationGateTest, SwallowsInputOnlyWhileItLives) {
     for (const auto type : kInput) EXPECT_TRUE(Passes(receiver, type)) << type;
 }
 
+TEST_F(OperationGateTest, SaysWhetherOneLives) {
+    EXPECT_FALSE(OperationGate::IsUp());
+    {
+        const OperationGate outer;
+        { const OperationGate inner; }
+        EXPECT_TRUE(OperationGate::IsUp());
+    }
+    EXPECT_FALSE(OperationGate::IsUp());
+}
+
+TEST_F(OperationGateTest, TakesNothingThatIsDropped) {
+    Receiver receiver;
+    const OperationGate gate;
+    for (const auto type : {QEvent::DragEnter, QEvent::DragMove, QEvent::Drop}) {
+        QEvent event(type);
+        event.accept();
+        QCoreApplication::sendEvent(&receiver, &event);
+        EXPECT_FALSE(event.isAccepted()) << type;
+    }
+}
+
 TEST_F(OperationGateTest, LetsMarkedObjectsAndWhatTheyHoldBeUsed) {
     Receiver window;
     Receiver box(&window);

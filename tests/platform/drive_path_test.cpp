@@ -108,6 +108,9 @@ TEST(Url, CarriesAnyNameThereAndBack) {
         EXPECT_EQ(FromUrl(url), FromNative(native));
     }
     EXPECT_EQ(FromUrl(QUrl("file:///home/anna/%C3%A5ret.txt")), QStringLiteral("C:\\home\\anna\\året.txt"));
+    EXPECT_EQ(FromUrl(QUrl("file://localhost/a.txt")), QStringLiteral("C:\\a.txt"));
+    EXPECT_EQ(FromUrl(QUrl("file://another/a.txt")), std::nullopt);
+    EXPECT_EQ(FromUrl(QUrl("file:///a%00.txt")), std::nullopt);
     EXPECT_EQ(FromUrl(QUrl("https://example.org/a.txt")), std::nullopt);
     EXPECT_TRUE(ToUrl("ingen sökväg").isEmpty());
 }

@@ -21,7 +21,9 @@ TEST(ClickLabel, IsPressedByMouseAndKeys) {
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space}) QTest::keyClick(&label, key);
     EXPECT_EQ(clicks.count(), 4);
 
-    QTest::mouseDClick(&label, Qt::LeftButton);  // a press, a release, and the two again
+    QTest::mouseClick(&label, Qt::LeftButton);
+    QTest::mouseDClick(&label, Qt::LeftButton);
+    QTest::mouseRelease(&label, Qt::LeftButton);
     EXPECT_EQ(clicks.count(), 5);
     QKeyEvent held(QEvent::KeyPress, Qt::Key_Space, {}, QStringLiteral(" "), true);
     QApplication::sendEvent(&label, &held);

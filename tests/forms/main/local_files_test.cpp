@@ -203,6 +203,38 @@ TEST_F(LocalFiles, TheDeleteButtonFollowsTheSelection) {
     EXPECT_FALSE(Button("fleratabort2").isVisible());
 }
 
+TEST_F(LocalFiles, TheFocusStaysInTheLocalPanel) {
+    for (const char* name : {"a.txt", "b.txt", "c.txt"}) MakeFile(name, 1);
+    Open();
+    ClickFile("a.txt");
+    {
+        ExpectBox box(kDelete, QStringLiteral("Vill du ta bort [") + Folder() + "\\a.txt] ?", "cmdYes");
+        ClickOn("Command8");
+    }
+    EXPECT_TRUE(QTest::qWaitFor([this] { return Get("list2").hasFocus(); }));
+    ClickFile("b.txt");
+    ClickFile("c.txt", Qt::ControlModifier);
+    ExpectBox box(kDeleteSeveral, kSeveralQuestion, "cmdYes");
+    ClickOn("fleratabort2");
+    EXPECT_TRUE(QTest::qWaitFor([this] { return Get("list2").hasFocus(); }));
+}
+
+// A row that is current without being marked counts, but for the first one.
+TEST_F(LocalFiles, WithNothingMarkedTheFirstRowIsLeftAlone) {
+    for (const char* name : {"a.txt", "b.txt"}) MakeFile(name, 1);
+    Open();
+    const auto rename = [this](const QString& file) {
+        ClickFile(file);
+        ClickFile(file, Qt::ControlModifier);
+        EXPECT_EQ(Get<toolkit::ListBox>("List1").SelCount(), 0);
+        ClickOn("Command6");
+    };
+    rename("a.txt");
+    ExpectBox box(kRename, "Nytt namn på [b.txt]", "cmdCancel");
+    rename("b.txt");
+    EXPECT_TRUE(box.HasCome());
+}
+
 TEST_F(LocalFiles, WhatCannotBeDeletedIsToldOfAndTheOthersGo) {
     for (const char* name : {"a.txt", "b.txt", "c.txt"}) MakeFile(name, 1);
     // A folder has taken the place of a file since the list was read.

@@ -96,5 +96,44 @@ TEST_F(Closing, WhileABatchComesDown) {
     ClickOn("Command2");
 }
 
+// No program is started for what has not come: that would be told in the trace where none is chosen.
+TEST_F(Closing, WhileAFileIsFetchedToBeOpened) {
+    Connect(server_.HostField());
+    server_.At("RETR", {Say("150 Here it comes."), SendData("x"), Stall()});
+    ClickServer("x.txt");
+    CloseAt("RETR");
+    ClickOn("Command11");
+    EXPECT_EQ(TraceLines().filter("Fel nummer:").size(), 1) << qPrintable(TraceLines().join('\n'));
+}
+
+TEST_F(Closing, WhileSeveralServerFilesAreDeleted) {
+    Connect(server_.HostField());
+    server_.At("DELE x.txt", {Stall()});
+    ClickServer("x.txt");
+    ClickServer("y.txt", Qt::ControlModifier);
+    CloseAt("DELE");
+    ExpectBox box("Ta bort filer", "Vill du ta bort alla markerade filer ?", "cmdYes");
+    ClickOn("Command13");
+    EXPECT_EQ(server_.File("y.txt"), "yyy");
+}
+
+TEST_F(Closing, WhileAServerFileIsRenamed) {
+    Connect(server_.HostField());
+    server_.At("RNFR", {Stall()});
+    ClickServer("x.txt");
+    CloseAt("RNFR");
+    ExpectBox box("Döp om fil", "Nytt namn på [x.txt]", "cmdOk", "z.txt");
+    ClickOn("Command10");
+    EXPECT_EQ(server_.File("x.txt"), "xxx");
+}
+
+TEST_F(Closing, WhileADirectoryIsMade) {
+    Connect(server_.HostField());
+    server_.At("MKD", {Stall()});
+    CloseAt("MKD");
+    ExpectBox box("Skapa katalog", "Namn på ny katalog", "cmdOk", "ny");
+    ClickOn("Command14");
+}
+
 }  // namespace
 }  // namespace forms

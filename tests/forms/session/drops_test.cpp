@@ -108,10 +108,10 @@ TEST_F(Drops, AServerFileComesDown) {
     EXPECT_TRUE(QTest::qWaitFor([this] { return Names().contains("y.txt"); }));
 }
 
-TEST_F(Drops, SeveralServerFilesComeDownOnTheFolderList) {
+TEST_F(Drops, SeveralServerFilesComeDown) {
     ClickServer("x.txt");
     ClickServer("y.txt", Qt::ControlModifier);
-    EXPECT_TRUE(Drag("listdir2", ServerRowOf("x.txt"), Beside("Dir1"),
+    EXPECT_TRUE(Drag("listdir2", ServerRowOf("x.txt"), Beside("list2"),
                      [this] { return QFile::exists(files_.filePath("y.txt")); }));
     EXPECT_EQ(LocalFile("x.txt"), "x.txt");
 }
@@ -149,6 +149,21 @@ TEST_F(Drops, WhatIsNoFileIsToldOfAndTheOthersGo) {
                           QUrl::fromLocalFile(files_.filePath("b.txt"))});
     EXPECT_TRUE(QTest::qWaitFor([this] { return server_.File("b.txt").has_value(); }));
     EXPECT_EQ(TraceLines().filter("Fel nummer:").size(), 2);
+}
+
+TEST_F(Drops, AnOperationKeepsDropsAway) {
+    server_.At("LIST", {ftp_test::Hold(), ftp_test::Proper()});
+    bool seen = false;
+    When([this] { return server_.Commands().back().starts_with("LIST") && ServerLines().ListCount() == 0; },
+         [&] {
+             seen = true;
+             DropUrls("listdir2", {QUrl::fromLocalFile(files_.filePath("b.txt"))});
+             EXPECT_FALSE(accepted_);
+             server_.Release();
+         });
+    ClickOn("Command9");
+    EXPECT_TRUE(seen);
+    EXPECT_EQ(ServerFiles(), 0);
 }
 
 TEST_F(Drops, NothingIsTakenWhereItCannotGo) {

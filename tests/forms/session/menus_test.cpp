@@ -253,6 +253,13 @@ TEST_F(Menus, KeysOfTheLocalFiles) {
         QTest::keyClick(&list, Qt::Key_Delete);
     }
     EXPECT_EQ(Names(), QStringList());
+    WriteLocalFile("e.txt", "e");
+    ClickOn("Command7");
+    ClickLocal("e.txt");
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Delete, {}, QString(), true);
+    QApplication::sendEvent(&list, &held);  // asks nothing
+    ASSERT_TRUE(QFile::remove(files_.filePath("e.txt")));
+    ClickOn("Command7");
     QTest::keyClick(&list, Qt::Key_Delete);  // nothing is marked
     QTest::keyClick(&list, Qt::Key_F2);
     QTest::keyClick(&list, Qt::Key_Backspace);

@@ -211,12 +211,56 @@ TEST_F(ServerFiles, RefusalsAreToldAndTheListIsReadAgain) {
 // Whatever the user types reaches the server as one name, or not at all.
 TEST_F(ServerFiles, ANameCannotBecomeACommand) {
     ClickServer("a.txt");
-    ExpectBox box(kRename, "Nytt namn på [a.txt]", "cmdOk", "x.txt");
+    ExpectBox box(kRename, "Nytt namn på [a.txt]", "cmdOk");
     box.Meanwhile([](QDialog& dialog) {
         dialog.findChild<QLineEdit*>("txtInput")->setText(QStringLiteral("x\r\nDELE b.txt"));
     });
     ClickOn("Command10");
-    EXPECT_FALSE(Sent().contains("DELE b.txt"));
+    EXPECT_EQ(Sent(), QStringList("LIST"));
+    EXPECT_EQ(TraceLines().filter("Fel nummer:").size(), 1);
+}
+
+// The name is what stands after the last blank of the line.
+TEST_F(ServerFiles, ANameWithABlankIsTakenFromTheBlankOn) {
+    ClickServer("words.txt");
+    {
+        ExpectBox box(kDelete, "Vill du ta bort [words.txt] ?", "cmdYes");
+        ClickOn("Command13");
+    }
+    EXPECT_EQ(Sent(), QStringList({"DELE words.txt", "LIST"}));
+    ClickServer("words.txt");
+    ClickServer("b.txt", Qt::ControlModifier);
+    ExpectBox box(kDeleteSeveral, kSeveralQuestion, "cmdYes");
+    ClickOn("Command13");
+    EXPECT_EQ(Sent(), QStringList({"DELE b.txt", "DELE words.txt", "LIST"}));
+}
+
+TEST_F(ServerFiles, WithNothingMarkedNothingIsRenamedOrFetched) {
+    ClickServer("a.txt");
+    ClickOn("Command9");  // the name is remembered, and no row is marked
+    EXPECT_EQ(app::Globals().SelectedServerFile, "a.txt");
+    Sent();
+    for (const char* name : {"Command10", "Command11", "Command12"}) Button(name).setEnabled(true);
+    ExpectBox box("OBS!", "Det går tyvärr inte att ta döpa om fler än en fil i taget.", "cmdOk");
+    ClickOn("Command10");
+    ClickOn("Command11");
+    ClickOn("Command12");
+    EXPECT_EQ(Sent(), QStringList());
+}
+
+// Who has pressed a button goes on in the list that it belongs to, with its keys.
+TEST_F(ServerFiles, TheFocusStaysInTheServerPanel) {
+    ClickServer("a.txt");
+    {
+        ExpectBox box(kDelete, "Vill du ta bort [a.txt] ?", "cmdYes");
+        ClickOn("Command13");
+    }
+    EXPECT_TRUE(Get("listdir2").hasFocus());
+    ClickServer("a.txt");
+    ClickServer("b.txt", Qt::ControlModifier);
+    ExpectBox box(kDeleteSeveral, kSeveralQuestion, "cmdYes");
+    QTest::keyClick(&Get("listdir2"), Qt::Key_Delete);
+    EXPECT_TRUE(Get("listdir2").hasFocus());
 }
 
 // The same on servers as they are.
