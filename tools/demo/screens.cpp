@@ -113,6 +113,7 @@ std::vector<Step> Screens(Input& input) {
         {u"send it"_s, press(kMain, u"Command1"_s), server_has(kNewPage)},
         {u"mark a file of the server"_s, mark(ServerFiles, kPage), enabled(u"Command2"_s)},
         {u"mark another local file"_s, mark(LocalFiles, kPicture), enabled(u"Command1"_s)},
+        picture(u"window"_s, kMain),
         picture(u"programmet"_s, kMain, kRegions),
         pop_up(LocalFolders, kFolder),
         menu_picture(u"meny-katalog"_s, LocalFolders),
