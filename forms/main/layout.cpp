@@ -127,9 +127,10 @@ bool MainForm::eventFilter(QObject* watched, QEvent* event) {
     if (watched == list2->viewport() && event->type() == QEvent::Resize) FitFileColumns();
     if (watched == p1 && event->type() == QEvent::Resize) PlacePercentages();
     if (watched == Text1->lineEdit() && event->type() == QEvent::MouseButtonRelease) Text1_Click();
-    if (event->type() == QEvent::Shortcut)
-        return PressByLetter(*static_cast<QAbstractButton*>(watched), *static_cast<QShortcutEvent*>(event));
     switch (event->type()) {
+        case QEvent::Shortcut:
+            return PressByLetter(qobject_cast<QAbstractButton*>(watched),
+                                 *static_cast<QShortcutEvent*>(event));
         case QEvent::KeyPress:
             return HandleListKey(watched, *static_cast<QKeyEvent*>(event));
         case QEvent::DragEnter:
@@ -142,9 +143,10 @@ bool MainForm::eventFilter(QObject* watched, QEvent* event) {
 }
 
 // At once: Qt's own press comes by a timer, which may go off in the middle of an operation.
-bool MainForm::PressByLetter(QAbstractButton& button, const QShortcutEvent& letter) {
-    if (letter.isAmbiguous()) return ChooseAmongAmbiguous(button);
-    button.click();
+bool MainForm::PressByLetter(QAbstractButton* button, const QShortcutEvent& letter) {
+    if (!button) return false;
+    if (letter.isAmbiguous()) return ChooseAmongAmbiguous(*button);
+    button->click();
     return true;
 }
 

@@ -118,7 +118,7 @@ class MainForm : public QWidget, private Ui::MainForm {
     void FitFileColumns();
     void PlacePercentages();
     void KeepFocusIn(QWidget& list, const QWidget* focused);
-    bool PressByLetter(QAbstractButton& button, const QShortcutEvent& letter);
+    bool PressByLetter(QAbstractButton* button, const QShortcutEvent& letter);
     bool ChooseAmongAmbiguous(QAbstractButton& button);
     // menus.cpp
     void PrepareMenus();
