@@ -42,7 +42,7 @@ bool TakesFile(const QByteArray& word) {
 }
 
 // A word without the file's path. The codes that are not named here stand for nothing: the icon, and those
-// that the specification has withdrawn.
+// that the standard has withdrawn.
 std::optional<QByteArray> ExpandWord(const QByteArray& word, const CommandSubject& subject) {
     QByteArray text;
     for (qsizetype i = 0; i < word.size(); ++i) {

@@ -15,11 +15,11 @@ struct CommandSubject {
     QByteArray entry;  // path of the menu entry's file
 };
 
-/// The arguments of an Exec line (Desktop Entry Specification), the program first. The file's path stands
-/// where its field code does, as a path also for the codes that ask for an address; last when there is none.
-/// Nothing for a line that cannot be understood, nor for one that might execute the file: with the path as
-/// the program, right after "-c", or in the middle of a longer text, where a shell might read it as a
-/// command.
+/// The arguments of an Exec line (Desktop Entry standard of freedesktop.org), the program first. The file's
+/// path stands where its field code does, as a path also for the codes that ask for an address; last when
+/// there is none. Nothing for a line that cannot be understood, nor for one that might execute the file: with
+/// the path as the program, right after "-c", or in the middle of a longer text, where a shell might read it
+/// as a command.
 std::optional<QList<QByteArray>> ExpandCommand(const QByteArray& exec, const CommandSubject& subject);
 
 bool IsInstalled(const QByteArray& program);

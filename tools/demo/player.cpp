@@ -3,7 +3,7 @@
 // what the step frames, under its own name. A step that fails ends the process at once with code 1; so does a
 // program that ends before its time.
 //
-// The plugin's specification (QT_QPA_GENERIC_PLUGINS=demo_player:SCRIPT) names the script: "session" or
+// The plugin's parameter (QT_QPA_GENERIC_PLUGINS=demo_player:SCRIPT) names the script: "session" or
 // "screens". WEBSMIDE_DEMO names the folder of the pictures; for the session, "server" in it is the account's
 // home and "local" the program's current folder.
 
