@@ -18,12 +18,16 @@ void MainForm::Tell(platform::FileResult result, const QString& path) {
         Trace(ftp::ErrorLine(static_cast<int>(result), app::FileErrorText(result, path)));
 }
 
-// The row that an operation on one file acts on, -1 without one. A row that alone is marked goes before the
-// current one.
+// A row that alone is marked goes before the current one.
+int MainForm::LocalRow() const {
+    return List1->SelCount() == 1 ? List1->SelectedRows().first() : List1->ListIndex();
+}
+
+// The row that an operation on one file acts on, -1 without one. The first row is current without having been
+// chosen.
 int MainForm::SingleLocalRow() const {
-    if (List1->SelCount() > 1) return -1;
-    if (List1->SelCount() == 1) return List1->SelectedRows().first();
-    return List1->ListIndex() == 0 ? -1 : List1->ListIndex();
+    const int marked = List1->SelCount();
+    return marked > 1 || (marked == 0 && LocalRow() == 0) ? -1 : LocalRow();
 }
 
 // At a drive's root the separator comes out doubled, which names the same folder.
@@ -62,7 +66,7 @@ void MainForm::Command6_Click() {
 
 void MainForm::Command8_Click() {
     if (List1->SelCount() > 1) return fleratabort2_Click();
-    const int row = List1->SelCount() == 1 ? List1->SelectedRows().first() : List1->ListIndex();
+    const int row = LocalRow();
     if (row < 0) return;
     const QString path = LocalPathOfRow(row);
     const QString question = QStringLiteral("Vill du ta bort [") +

@@ -203,6 +203,7 @@ class MainForm : public QWidget, private Ui::MainForm {
     void Command6_Click();
     void Command8_Click();
     void fleratabort2_Click();
+    int LocalRow() const;
     int SingleLocalRow() const;
     void Tell(platform::FileResult result, const QString& path);
     // local_dialogs.cpp
