@@ -39,6 +39,7 @@ FolderEntry ReadEntry(const FolderStream& stream, const dirent& entry) {
     struct stat status;
     if (fstatat(stream.Descriptor(), entry.d_name, &status, 0) == 0) {
         result.folder = S_ISDIR(status.st_mode);
+        result.plain = S_ISREG(status.st_mode);
         result.size = status.st_size;
         result.modified = status.st_mtim.tv_sec;
     }
@@ -107,6 +108,14 @@ std::optional<QStringList> ReadSubfolders(const QString& path) {
 bool FolderExists(const QString& path) {
     const auto status = StatusOf(path);
     return status && S_ISDIR(status->st_mode);
+}
+
+std::optional<FolderIdentity> IdentityOf(const QString& path) {
+    const auto status = StatusOf(path);
+    if (!status || !S_ISDIR(status->st_mode)) {
+        return std::nullopt;
+    }
+    return FolderIdentity{status->st_dev, status->st_ino};
 }
 
 std::optional<std::int64_t> FileLength(const QString& path) {

@@ -13,6 +13,7 @@ struct FolderEntry {
     std::int64_t size = 0;      // bytes; 0 when it cannot be read
     std::int64_t modified = 0;  // seconds since 1970, UTC; 0 when it cannot be read
     bool folder = false;        // a folder, or a link to one
+    bool plain = false;         // a plain file, or a link to one
 };
 
 /// All entries but "." and "..", hidden ones included, sorted by name without regard to case (then as
@@ -24,6 +25,15 @@ std::optional<std::vector<FolderEntry>> ReadFolder(const QString& path);
 std::optional<QStringList> ReadSubfolders(const QString& path);
 
 bool FolderExists(const QString& path);
+
+/// Which folder a path leads to: the same for every path to it, through links too.
+struct FolderIdentity {
+    std::uint64_t volume = 0, number = 0;
+    bool operator==(const FolderIdentity&) const = default;
+};
+/// Nothing where there is no folder.
+std::optional<FolderIdentity> IdentityOf(const QString& path);
+
 /// Length of a plain file in bytes, or nothing.
 std::optional<std::int64_t> FileLength(const QString& path);
 

@@ -67,6 +67,43 @@ TEST_F(FolderTest, TellsSizeTimeAndKind) {
     EXPECT_EQ(ReadSubfolders(Path()), (QStringList{"Mapp", "till mapp"}));
 }
 
+TEST_F(FolderTest, KnowsAPlainFile) {
+    Write("a", 1);
+    MakeDir("b");
+    ASSERT_EQ(mkfifo(Native("c").constData(), 0600), 0);
+    ASSERT_EQ(symlink("a", Native("d").constData()), 0);
+    ASSERT_EQ(symlink("b", Native("e").constData()), 0);
+    ASSERT_EQ(symlink("c", Native("f").constData()), 0);
+    ASSERT_EQ(symlink("borta", Native("g").constData()), 0);
+    const auto entries = ReadFolder(Path());
+    ASSERT_TRUE(entries);
+    QString plain;
+    for (const FolderEntry& entry : *entries) {
+        if (entry.plain) {
+            plain += entry.name;
+        }
+    }
+    EXPECT_EQ(plain, "ad");
+}
+
+TEST_F(FolderTest, AFolderIsTheSameByEveryPath) {
+    MakeDir("a");
+    MakeDir("b");
+    Write("fil", 1);
+    ASSERT_EQ(symlink("a", Native("till a").constData()), 0);
+    ASSERT_EQ(symlink("..", Native("a/upp").constData()), 0);
+    const auto a = IdentityOf(Path("a"));
+    ASSERT_TRUE(a);
+    EXPECT_EQ(IdentityOf(Path("A\\")), a);
+    EXPECT_EQ(IdentityOf(Path("till a")), a);
+    EXPECT_EQ(IdentityOf(Path("a\\upp\\a")), a);
+    EXPECT_NE(IdentityOf(Path("b")), a);
+    EXPECT_NE(IdentityOf(Path("a\\upp")), a);
+    for (const char* none : {"fil", "saknas", "a\\saknas"}) {
+        EXPECT_EQ(IdentityOf(Path(none)), std::nullopt) << none;
+    }
+}
+
 TEST_F(FolderTest, SortsWithoutRegardToCaseAndShowsHiddenNames) {
     for (const char* name : {"b", "A", "a", "B", ".dold", "\303\226", "\303\244", "c\\d", "\345"}) {
         Write(name, 0);
