@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <algorithm>
+#include <utility>
 
 #include "ftp/component_private.h"
 #include "ftp/engine/wire/local_name.h"
@@ -87,7 +88,10 @@ void Component::GetFile() {
                             ? ResolveLocalPath(DestinationFileName)
                             : std::nullopt;
     if (!target) return d_->RefusePath(DestinationFileName);
-    d_->Run(Retrieve{.remote = d_->codec.Encode(SourceFileName), .local_path = target->toStdString()},
+    d_->Run(Retrieve{.remote = d_->codec.Encode(SourceFileName),
+                     .local_path = target->toStdString(),
+                     .label = SourceFileName.toStdString(),
+                     .size = std::exchange(ExpectedSize, std::nullopt)},
             DestinationFileName);
 }
 
@@ -95,7 +99,9 @@ void Component::PutFile() {
     if (!d_->MayStart()) return;
     const auto source = ResolveLocalPath(SourceFileName);
     if (!source) return d_->RefusePath(SourceFileName);
-    d_->Run(Store{.local_path = source->toStdString(), .remote = d_->codec.Encode(DestinationFileName)},
+    d_->Run(Store{.local_path = source->toStdString(),
+                  .remote = d_->codec.Encode(DestinationFileName),
+                  .label = SourceFileName.toStdString()},
             SourceFileName);
 }
 
@@ -131,7 +137,16 @@ void Component::ForgetProperties() {
     }
     ModeFlagA = ModeFlagB = false;
     SessionMode = session_option_ = 0;
+    ExpectedSize.reset();
     stated_size_.reset();
+}
+
+TransferRun::TransferRun(Component& component, int lanes) : component_(&component) {
+    if (component.d_->MayStart()) component.d_->BeginRun(lanes);
+}
+
+TransferRun::~TransferRun() {
+    if (component_ && component_->d_->MayStart()) component_->d_->EndRun();
 }
 
 }  // namespace ftp

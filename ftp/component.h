@@ -8,6 +8,7 @@
 
 #include <QByteArray>
 #include <QObject>
+#include <QPointer>
 #include <QString>
 #include <cstdint>
 #include <functional>
@@ -48,6 +49,7 @@ class Component : public QObject {
     bool ModeFlagA = false;        // passive data connections
     bool ModeFlagB = false;        // image (binary) type
     std::int16_t SessionMode = 0;  // 1: the session is to be kept alive while idle
+    std::optional<std::int64_t> ExpectedSize;  // bytes of the next download, where a listing tells; used once
 
     /// The native path for a local path as the user knows it, or nothing when it is none: the transfer is
     /// then refused with Error 75. As it stands, paths are native already.
@@ -102,6 +104,7 @@ class Component : public QObject {
 
  private:
     class Private;
+    friend class TransferRun;
 
     void ForgetProperties();
 
@@ -111,6 +114,27 @@ class Component : public QObject {
     bool busy_ = false;
     bool connected_ = false;
     std::optional<std::int64_t> stated_size_;
+};
+
+/// While one lives, transfers follow one another and the line is kept full. The calls are the same and take
+/// effect on the server in their order, but more is on its way than the call that runs: steps from folder to
+/// folder leave together with what follows them, and small files (below 256 KiB) may go over further
+/// connections, where PutFile and GetFile return as soon as one has taken the file. What fails on the way
+/// raises Error when it fails, with the file's name; Progress counts a file as moved when it has been taken.
+/// The destructor returns when all is over, as an operation does. One at a time, and none inside an
+/// operation.
+class TransferRun {
+ public:
+    static constexpr int kLanes = 4;
+
+    /// `lanes`: further connections at most; fewer, without a word, where the server refuses more.
+    explicit TransferRun(Component& component, int lanes = kLanes);
+    ~TransferRun();
+    TransferRun(const TransferRun&) = delete;
+    TransferRun& operator=(const TransferRun&) = delete;
+
+ private:
+    const QPointer<Component> component_;
 };
 
 }  // namespace ftp

@@ -6,6 +6,7 @@
 #include <QEvent>
 #include <QEventLoop>
 #include <QTimerEvent>
+#include <algorithm>
 #include <chrono>
 
 #include "ftp/error_text.h"
@@ -20,6 +21,8 @@ constexpr auto kDeliverySlice = 12ms;  // then the screen and the user have thei
 constexpr int kSampling = 50;          // milliseconds
 
 constexpr std::int32_t kAlreadyBusy = 10036;  // the classic "operation now in progress"
+
+constexpr std::uint64_t kNoRequest = 0;  // of a file whose own request has finished
 
 const auto kMail = static_cast<QEvent::Type>(QEvent::registerEventType());
 
@@ -56,6 +59,17 @@ void Component::Private::Run(Operation operation, const QString& local_path) {
         if (std::exchange(reset_wanted_, false)) Perform(Reset{});
     }
     SetBusy(false);
+}
+
+void Component::Private::BeginRun(int lanes) {
+    in_run_ = true;
+    Run(ftp::BeginRun{static_cast<std::size_t>(std::max(lanes, 0))});
+}
+
+void Component::Private::EndRun() {
+    const auto self = shared_from_this();
+    Run(ftp::EndRun{});
+    in_run_ = false;
 }
 
 void Component::Private::Perform(Operation operation) {
@@ -97,7 +111,7 @@ void Component::Private::RefusePath(const QString& path) {
 }
 
 void Component::Private::AbortTransfer() {
-    if (!running_) return;
+    if (!running_ && !in_run_) return;
     counting_ = false;  // the strip now shows what the abort has put there
     sampling_.stop();
     worker_->AbortTransfer();
@@ -156,7 +170,8 @@ void Component::Private::DeliverNext() {
     const Notification whole = std::move(next);
     undelivered_.pop_front();
     next_line_ = 0;
-    if (whole.request == request_) std::visit([this](const auto& what) { On(what); }, whole.what);
+    const bool current = whole.request == request_ || whole.request == kNoRequest;
+    if (current) std::visit([this](const auto& what) { On(what); }, whole.what);
 }
 
 void Component::Private::On(const ftp::CommandSent& command) {
@@ -188,6 +203,14 @@ void Component::Private::On(const Problem& problem) {
     if (counting_) SampleProgress();
     const auto [number, text] = DescribeFailure(problem.failure, WordsOf(problem.failure));
     Raise(&Component::Error, number, text);
+}
+
+void Component::Private::On(const FileProblem& problem) {
+    const QString label = QString::fromStdString(problem.label);
+    const bool local = IsLocal(problem.failure.kind);
+    const auto [number, text] =
+        DescribeFailure(problem.failure, local ? label : codec.Decode(problem.failure.detail));
+    Raise(&Component::Error, number, local ? text : text + QStringLiteral(" [%1]").arg(label));
 }
 
 void Component::Private::On(const Finished&) {

@@ -22,6 +22,8 @@ class Component::Private : public QObject, public std::enable_shared_from_this<P
     /// Returns when the operation is over and all its events have been raised. `local_path` is the transfer's
     /// local file as the user knows it.
     void Run(Operation operation, const QString& local_path = {});
+    void BeginRun(int lanes);
+    void EndRun();
     /// Raises the error event about a local path that cannot be used.
     void RefusePath(const QString& path);
 
@@ -52,6 +54,7 @@ class Component::Private : public QObject, public std::enable_shared_from_this<P
     void On(const TransferStarted& transfer);
     void On(const SessionChanged& session);
     void On(const Problem& problem);
+    void On(const FileProblem& problem);
     void On(const Finished& finished);
 
     void SampleProgress();
@@ -77,6 +80,7 @@ class Component::Private : public QObject, public std::enable_shared_from_this<P
     bool running_ = false;
     bool shut_down_ = false;
     bool reset_wanted_ = false;
+    bool in_run_ = false;  // files may be on their way while no operation runs
     bool download_ = false;
     bool counting_ = false;  // the transfer's bytes are to be reported
     std::int64_t reported_ = 0;

@@ -12,26 +12,33 @@
 #include <thread>
 #include <utility>
 
+#include "ftp/engine/lanes.h"
 #include "ftp/engine/net/local_files.h"
 #include "ftp/engine/net/stream.h"
 #include "ftp/engine/session/files.h"
 #include "ftp/engine/session/list.h"
 #include "ftp/engine/session/login.h"
 #include "ftp/engine/session/quit.h"
-#include "ftp/engine/session/retrieve.h"
 #include "ftp/engine/session/session.h"
-#include "ftp/engine/session/store.h"
+#include "ftp/engine/wire/directory.h"
 
 namespace ftp {
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 /// Listing batches on the way to the other thread before the server has to wait.
 constexpr int kMaxBatches = 16;
+
+/// Bytes. From here on the line is full anyway, and a file is worth watching.
+constexpr std::int64_t kLarge = 256 * 1024;
+/// Fewer small files are over before a lane has logged in.
+constexpr int kFilesBeforeLanes = 2;
 
 }  // namespace
 
 /// Everything that lives on the worker's thread.
-class Worker::Core : private Events {
+class Worker::Core : private Events, private LaneEvents {
  public:
     Core(Sink sink, const Deadlines& deadlines, std::shared_ptr<std::atomic<std::int64_t>> bytes)
         : sink_(std::move(sink)),
@@ -41,6 +48,7 @@ class Worker::Core : private Events {
           files_(MakeLocalFiles()),
           room_(io_),
           session_(*transport_, *files_, *this, deadlines_),
+          lanes_(io_.get_executor(), *files_, deadlines_, *this),
           thread_([this] {
               BlockBrokenPipeSignal();
               io_.run();
@@ -50,6 +58,7 @@ class Worker::Core : private Events {
         Post([this] {
             closing_ = true;
             session_.Drop();
+            lanes_.Drop();
             room_.cancel();
             work_.reset();
         });
@@ -65,10 +74,12 @@ class Worker::Core : private Events {
 
     void AbortTransfer() {
         session_.AbortTransfer();
+        lanes_.Abort();
         room_.cancel();
     }
     void DropSession() {
         session_.Drop();
+        lanes_.Drop();
         room_.cancel();
     }
     void BatchTaken() {
@@ -102,7 +113,6 @@ class Worker::Core : private Events {
         Operation& operation = request.operation;
         if (auto* connect = std::get_if<ftp::Connect>(&operation))
             co_return co_await Connect(std::move(*connect));
-        if (std::holds_alternative<List>(operation)) co_return co_await ListDirectory(session_, mode);
         if (auto* change = std::get_if<ChangeDirectory>(&operation)) {
             co_return co_await ChangeDirectoryTo(session_, std::move(change->name));
         }
@@ -111,6 +121,25 @@ class Worker::Core : private Events {
         if (auto* make = std::get_if<MakeDirectory>(&operation)) {
             co_return co_await MakeDirectoryNamed(session_, std::move(make->name));
         }
+        if (auto* get = std::get_if<Retrieve>(&operation)) {
+            FileToMove file{false, std::move(get->remote), std::move(get->local_path), std::move(get->label),
+                            mode};
+            co_return co_await Move(std::move(file), get->size);
+        }
+        if (auto* put = std::get_if<Store>(&operation)) {
+            FileToMove file{true, std::move(put->remote), std::move(put->local_path), std::move(put->label),
+                            mode};
+            const auto size = session_.in_run ? SizeOf(file.local_path) : std::nullopt;
+            co_return co_await Move(std::move(file), size);
+        }
+        if (const auto* run = std::get_if<ftp::BeginRun>(&operation)) co_return BeginRun(run->lanes);
+        if (std::holds_alternative<ftp::EndRun>(operation)) co_return co_await EndRun();
+        if (std::holds_alternative<Quit>(operation)) co_await QuitSession(session_);
+        if (std::holds_alternative<Reset>(operation)) session_.Forget();
+        const auto caught_up = co_await session_.CatchUp();
+        if (!caught_up) co_return caught_up;
+
+        if (std::holds_alternative<List>(operation)) co_return co_await ListDirectory(session_, mode);
         if (auto* remove = std::get_if<RemoveDirectory>(&operation)) {
             co_return co_await RemoveDirectoryNamed(session_, std::move(remove->name));
         }
@@ -120,15 +149,6 @@ class Worker::Core : private Events {
         if (auto* rename = std::get_if<RenameFile>(&operation)) {
             co_return co_await Rename(session_, std::move(rename->from), std::move(rename->to));
         }
-        if (auto* get = std::get_if<Retrieve>(&operation)) {
-            co_return co_await RetrieveFile(session_, mode, std::move(get->remote),
-                                            std::move(get->local_path));
-        }
-        if (auto* put = std::get_if<Store>(&operation)) {
-            co_return co_await StoreFile(session_, mode, std::move(put->local_path), std::move(put->remote));
-        }
-        if (std::holds_alternative<Quit>(operation)) co_await QuitSession(session_);
-        if (std::holds_alternative<Reset>(operation)) session_.Forget();
         co_return Result<>{};
     }
 
@@ -136,8 +156,80 @@ class Worker::Core : private Events {
         auto where = ParseHostField(connect.host_field);
         if (!where) co_return Fail(where.error());
         session_.Forget();
-        Credentials who{std::move(connect.user), std::move(connect.password), std::move(connect.account)};
-        co_return co_await Login(session_, std::move(*where), std::move(who));
+        port_ = where->port;
+        who_ = {std::move(connect.user), std::move(connect.password), std::move(connect.account)};
+        co_return co_await Login(session_, std::move(*where), who_);
+    }
+
+    Result<> BeginRun(std::size_t lanes) {
+        session_.in_run = true;
+        lanes_wanted_ = lanes;
+        lanes_opened_ = false;
+        small_files_ = 0;
+        return {};
+    }
+
+    asio::awaitable<Result<>> EndRun() {
+        const auto caught_up = co_await session_.CatchUp();
+        co_await lanes_.Rest();
+        co_await SendReturned();
+        lanes_.End();
+        session_.in_run = false;
+        session_.next_port.reset();
+        session_.directory.reset();
+        co_return caught_up;
+    }
+
+    /// Over a lane where the file is small and one may be had, else over the session itself.
+    asio::awaitable<Result<>> Move(FileToMove file, std::optional<std::int64_t> size) {
+        co_await SendReturned();
+        if (session_.in_run && size && *size < kLarge && LanesAreReady()) {
+            const auto given = co_await Give(file);
+            if (given) {
+                TransferStarted(size);
+                Moved(*size);
+            }
+            if (given || given.error().kind != FailureKind::NotConnected) co_return given;
+        }
+        const auto caught_up = co_await session_.CatchUp();
+        if (!caught_up) co_return caught_up;
+        co_return co_await MoveFile(session_, file);
+    }
+
+    /// Asked for each small file of a run, the lanes are opened when there are enough of them.
+    bool LanesAreReady() {
+        if (lanes_wanted_ == 0 || !session_.LoggedIn() || ++small_files_ <= kFilesBeforeLanes) return false;
+        if (!std::exchange(lanes_opened_, true)) {
+            lanes_.Open(lanes_wanted_, {transport_->PeerAddress(), port_}, who_, session_.habits);
+        }
+        return lanes_.Ready();
+    }
+
+    /// Lanes have no current directory. NotConnected: no lane can take the file.
+    asio::awaitable<Result<>> Give(FileToMove file) {
+        // A server would end a session that is silent for minutes, while it is busy with the lanes.
+        if (Clock::now() - spoken_ > deadlines_.idle) {
+            const auto awake = co_await session_.Ask("NOOP");
+            if (!awake) co_return Fail(awake.error());
+        }
+        const auto directory = co_await CurrentDirectory(session_);
+        if (!directory) co_return Fail(directory.error());
+        if (directory->empty()) co_return Fail(FailureKind::NotConnected);
+        file.remote = Below(*directory, file.remote);
+        co_return co_await lanes_.Give(std::move(file));
+    }
+
+    /// What has failed for want of a lane goes over the session itself.
+    asio::awaitable<void> SendReturned() {
+        for (const FileToMove& file : lanes_.TakeReturned()) {
+            const auto outcome = co_await MoveFile(session_, file);
+            if (!outcome) LaneFailed(file, outcome.error());
+        }
+    }
+
+    std::optional<std::int64_t> SizeOf(const std::string& path) {
+        const auto source = files_->OpenSource(path);
+        return source ? std::optional((*source)->Size()) : std::nullopt;
     }
 
     void TellWhetherConnected() {
@@ -151,13 +243,22 @@ class Worker::Core : private Events {
         sink_(Notification{request_, std::move(what)});
     }
 
-    void Sent(const std::string& line) override { Tell(CommandSent{line}); }
+    void Sent(const std::string& line) override {
+        spoken_ = Clock::now();
+        Tell(CommandSent{line});
+    }
     void Received(const std::string& line) override { Tell(ReplyLine{line}); }
     void TransferStarted(std::optional<std::int64_t> size) override {
         if (!is_listing_) Tell(ftp::TransferStarted{size});
     }
     void Moved(std::int64_t bytes) override { bytes_->store(bytes, std::memory_order_relaxed); }
     void Trouble(const Failure& failure) override { Tell(Problem{failure}); }
+
+    void LaneSent(const std::string& line) override { sink_({0, CommandSent{line}}); }
+    void LaneReceived(const std::string& line) override { sink_({0, ReplyLine{line}}); }
+    void LaneFailed(const FileToMove& file, const Failure& failure) override {
+        sink_({0, FileProblem{file.label, failure}});
+    }
 
     asio::awaitable<void> Listed(std::vector<std::string> lines) override {
         while (batches_ >= kMaxBatches && !session_.Stopping()) {
@@ -178,6 +279,13 @@ class Worker::Core : private Events {
     std::unique_ptr<LocalFiles> files_;
     asio::steady_timer room_;  // cancelled when a batch has been taken
     Session session_;
+    Lanes lanes_;
+    Credentials who_;           // of the session, for its lanes
+    std::uint16_t port_ = 0;    // where it is connected to
+    Clock::time_point spoken_;  // when it last sent something
+    std::size_t lanes_wanted_ = 0;
+    bool lanes_opened_ = false;
+    int small_files_ = 0;  // of the run
     std::uint64_t request_ = 0;
     int batches_ = 0;
     bool is_listing_ = false;

@@ -2,7 +2,9 @@
 // The engine's door: one thread, one session, one operation at a time.
 //
 // Requests go in, notifications come out in the order of the wire; `Finished` is always the last of a
-// request. Names are bytes as the server knows them; local paths are native paths. Nothing here throws.
+// request. In a run, files may still be on their way over other connections when their request has finished;
+// what these tell belongs to no request (0) and comes before the `Finished` of EndRun. Names are bytes as the
+// server knows them; local paths are native paths. Nothing here throws.
 
 #include <atomic>
 #include <cstdint>
@@ -40,17 +42,26 @@ struct RenameFile {
 };
 struct Retrieve {
     std::string remote;
-    std::string local_path;  // native path of the target; replaced when the file is whole
+    std::string local_path;                 // native path of the target; replaced when the file is whole
+    std::string label = {};                 // what the user knows the file by
+    std::optional<std::int64_t> size = {};  // bytes, where the caller knows them from a listing
 };
 struct Store {
     std::string local_path;  // native path of the source
     std::string remote;
+    std::string label = {};  // what the user knows the file by
 };
-struct Quit {};   // QUIT, then close; no failure without a session
-struct Reset {};  // close without a word, forget everything about the server
+/// Transfers follow one another from here on: what the protocol allows is asked for ahead of its turn, and
+/// small files go over further connections with the same login, at most so many.
+struct BeginRun {
+    std::size_t lanes = 4;
+};
+struct EndRun {};  // when everything that the run has taken on is over
+struct Quit {};    // QUIT, then close; no failure without a session
+struct Reset {};   // close without a word, forget everything about the server
 
 using Operation = std::variant<Connect, List, ChangeDirectory, ChangeToParent, MakeDirectory, RemoveDirectory,
-                               DeleteFile, RenameFile, Retrieve, Store, Quit, Reset>;
+                               DeleteFile, RenameFile, Retrieve, Store, BeginRun, EndRun, Quit, Reset>;
 
 struct Request {
     std::uint64_t id = 0;
@@ -78,11 +89,16 @@ struct SessionChanged {
 struct Problem {
     Failure failure;
 };
+struct FileProblem {  // of a file whose request has finished
+    std::string label;
+    Failure failure;
+};
 struct Finished {};
 
 struct Notification {
     std::uint64_t request = 0;
-    std::variant<CommandSent, ReplyLine, ListingBatch, TransferStarted, SessionChanged, Problem, Finished>
+    std::variant<CommandSent, ReplyLine, ListingBatch, TransferStarted, SessionChanged, Problem, FileProblem,
+                 Finished>
         what;
 };
 
@@ -101,8 +117,8 @@ class Worker {
 
     /// Starts an operation. One at a time: the caller waits for `Finished` before the next.
     void Start(Request request);
-    /// Ends the running transfer (data connection, ABOR, the replies that are due) and keeps the session.
-    /// Without a running transfer nothing happens.
+    /// Ends the running transfer (data connection, ABOR, the replies that are due) and keeps the session; so
+    /// for all that a run has under way. Without a running transfer nothing happens.
     void AbortTransfer();
     /// Closes everything at once; the running operation ends as Cancelled.
     void DropSession();

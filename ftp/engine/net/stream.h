@@ -58,6 +58,8 @@ class Transport {
     /// The control connection: all addresses of the host in turn, a new one every 250 ms until one answers,
     /// so that a dead address does not hold the others up (RFC 8305).
     virtual Task<std::unique_ptr<Stream>> ConnectControl(HostAndPort where) = 0;
+    /// The numeric address that ConnectControl has reached.
+    virtual std::string PeerAddress() const = 0;
     /// Starts a connection to the control connection's peer; the SYN has left when this returns.
     virtual Result<std::unique_ptr<Stream>> StartData(std::uint16_t port) = 0;
     /// Listens on the control connection's own address.

@@ -264,6 +264,8 @@ class TcpTransport : public Transport {
         co_return std::unique_ptr<Stream>(std::move(race->winner));
     }
 
+    std::string PeerAddress() const override { return peer_.to_string(); }
+
     Result<std::unique_ptr<Stream>> StartData(std::uint16_t port) override {
         auto stream = TcpStream::Start(executor_, tcp::endpoint(peer_, port));
         if (!stream) return Fail(stream.error());

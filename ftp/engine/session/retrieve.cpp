@@ -24,20 +24,22 @@ Task<> Pull(Transfer& transfer, TargetFile& target, std::int64_t& total) {
 Task<> RetrieveFile(Session& session, TransferMode mode, std::string remote, std::string local_path) {
     if (!session.LoggedIn()) co_return Fail(FailureKind::NotConnected);
     if (remote.empty()) co_return Fail(FailureKind::BadArgument);
-    auto command = MakeCommand("RETR", remote);
+    const auto command = MakeCommand("RETR", remote);
     if (!command) co_return Fail(command.error());
-    auto target =
-        session.files.CreateTarget(local_path);  // first: a full or closed disk costs the server nothing
-    if (!target) co_return Fail(target.error());
-
-    std::int64_t total = 0;
-    Transfer transfer(session, mode);
-    auto moved = co_await transfer.Start(std::move(*command), remote);
-    if (moved) moved = co_await Pull(transfer, **target, total);
-    auto outcome = co_await transfer.Finish(std::move(moved));
-    if (!outcome) co_return outcome;
-    if (total < transfer.StatedSize().value_or(0)) co_return Fail(FailureKind::ConnectionLost, remote);
-    co_return (*target)->Commit();
+    for (;;) {
+        auto target =
+            session.files.CreateTarget(local_path);  // first: a full or closed disk costs the server nothing
+        if (!target) co_return Fail(target.error());
+        std::int64_t total = 0;
+        Transfer transfer(session, mode);
+        auto moved = co_await transfer.Start(*command, remote);
+        if (moved) moved = co_await Pull(transfer, **target, total);
+        auto outcome = co_await transfer.Finish(std::move(moved));
+        if (transfer.Retreat(outcome)) continue;
+        if (!outcome) co_return outcome;
+        if (total < transfer.StatedSize().value_or(0)) co_return Fail(FailureKind::ConnectionLost, remote);
+        co_return (*target)->Commit();
+    }
 }
 
 }  // namespace ftp

@@ -1,5 +1,7 @@
 #include "ftp/engine/session/session.h"
 
+#include <utility>
+
 #include "ftp/engine/session/transfer.h"
 
 namespace ftp {
@@ -34,6 +36,35 @@ Task<> Session::Do(std::string_view verb, std::string_view argument) {
     co_return Result<>{};
 }
 
+Task<> Session::CatchUp() {
+    if (put_off.empty()) co_return Result<>{};
+    if (!control) co_return Fail(FailureKind::NotConnected);
+    const std::size_t due = put_off.size();
+    const auto sent = co_await control->Send(std::exchange(put_off, {}));
+    if (!sent) co_return sent;
+    co_return co_await ReadPutOff(due);
+}
+
+Task<Reply> Session::CatchUp(Command last) {
+    if (!control) co_return Fail(FailureKind::NotConnected);
+    const std::size_t due = put_off.size();
+    put_off.push_back(std::move(last));
+    const auto sent = co_await control->Send(std::exchange(put_off, {}));
+    if (!sent) co_return Fail(sent.error());
+    const auto read = co_await ReadPutOff(due);
+    if (!read) co_return Fail(read.error());
+    co_return co_await ReceiveFinal(deadlines.reply);
+}
+
+Task<> Session::ReadPutOff(std::size_t due) {
+    for (; due > 0; --due) {
+        const auto reply = co_await ReceiveFinal(deadlines.reply);
+        if (!reply) co_return Fail(reply.error());
+        if (!reply->Completed()) events.Trouble(RefusalOf(*reply));
+    }
+    co_return Result<>{};
+}
+
 void Session::AbortTransfer() {
     if (transfer != nullptr) transfer->Abort();
 }
@@ -56,6 +87,9 @@ void Session::Forget() {
     features = {};
     habits = {};
     type = 0;
+    put_off.clear();
+    next_port.reset();
+    directory.reset();
 }
 
 }  // namespace ftp

@@ -18,6 +18,7 @@ class Transfer;
 /// What experience with this server has shown.
 struct Habits {
     bool one_at_a_time = false;  // minds commands that are sent ahead of an answer
+    bool overtakes = false;      // answers a command while the one before it still runs
     bool refuses_epsv = false;
     bool refuses_pasv = false;
     bool refuses_size = false;
@@ -34,6 +35,10 @@ struct Session {
     Task<Reply> Ask(std::string_view verb, std::string_view argument = {});
     /// Sends one command that must be answered 2xx; otherwise Refused.
     Task<> Do(std::string_view verb, std::string_view argument = {});
+    /// Sends what a run has put off, all in one packet, and reads the answers; refusals are told as trouble.
+    Task<> CatchUp();
+    /// The same, and `last` leaves with it: its reply, whatever it is.
+    Task<Reply> CatchUp(Command last);
     /// The reply that ends the oldest command under way; preliminary replies are read past. A 421, with which
     /// the server ends the session, is Refused. It ends the connection, and so does a reply that is late:
     /// were it to come after all, the next command would take it for its own.
@@ -48,6 +53,8 @@ struct Session {
     /// Close and forget this server.
     void Forget();
 
+    Task<> ReadPutOff(std::size_t due);
+
     Transport& transport;
     LocalFiles& files;
     Events& events;
@@ -58,6 +65,12 @@ struct Session {
     Features features;
     Habits habits;
     char type = 0;  // 'A' or 'I' as the server has accepted it, 0 before
+
+    // Of a run, in which transfers follow one another:
+    bool in_run = false;
+    std::vector<Command> put_off;            // steps between folders, which leave with what follows them
+    std::optional<std::uint16_t> next_port;  // asked for ahead, with the transfer before
+    std::optional<std::string> directory;  // the current one, where it has been asked for (CurrentDirectory)
 
     Transfer* transfer = nullptr;  // the running one, if any
     bool dropped = false;          // Drop was called and the running operation has not ended yet

@@ -23,19 +23,21 @@ Task<> Push(Transfer& transfer, SourceFile& source, std::int64_t& total) {
 Task<> StoreFile(Session& session, TransferMode mode, std::string local_path, std::string remote) {
     if (!session.LoggedIn()) co_return Fail(FailureKind::NotConnected);
     if (remote.empty()) co_return Fail(FailureKind::BadArgument);
-    auto command = MakeCommand("STOR", remote);
+    const auto command = MakeCommand("STOR", remote);
     if (!command) co_return Fail(command.error());
-    auto source = session.files.OpenSource(local_path);
-    if (!source) co_return Fail(source.error());
-
-    std::int64_t total = 0;
-    Transfer transfer(session, mode);
-    transfer.StateSize((*source)->Size());
-    auto moved = co_await transfer.Start(std::move(*command));
-    if (moved) moved = co_await Push(transfer, **source, total);
-    auto outcome = co_await transfer.Finish(std::move(moved));
-    if (outcome) session.events.Moved(total);
-    co_return outcome;
+    for (;;) {
+        auto source = session.files.OpenSource(local_path);
+        if (!source) co_return Fail(source.error());
+        std::int64_t total = 0;
+        Transfer transfer(session, mode);
+        transfer.StateSize((*source)->Size());
+        auto moved = co_await transfer.Start(*command);
+        if (moved) moved = co_await Push(transfer, **source, total);
+        auto outcome = co_await transfer.Finish(std::move(moved));
+        if (transfer.Retreat(outcome)) continue;
+        if (outcome) session.events.Moved(total);
+        co_return outcome;
+    }
 }
 
 }  // namespace ftp

@@ -3,6 +3,27 @@
 #include <utility>
 
 namespace ftp {
+namespace {
+
+char TypeOf(const TransferMode& mode) {
+    return mode.image ? 'I' : 'A';
+}
+
+/// Whether a transfer may have failed because its port was given up meanwhile, or because the server minds
+/// the command behind it.
+bool MayComeFromHaste(const Failure& failure) {
+    switch (failure.kind) {
+        case FailureKind::ConnectionLost:
+        case FailureKind::ConnectionRefused:
+            return true;
+        case FailureKind::Refused:
+            return failure.code == 425 || failure.code == 426 || (failure.code >= 500 && failure.code <= 503);
+        default:
+            return false;
+    }
+}
+
+}  // namespace
 
 Transfer::Transfer(Session& session, TransferMode mode) : session_(session), mode_(mode) {
     session_.transfer = this;
@@ -15,25 +36,72 @@ Transfer::~Transfer() {
 
 Task<> Transfer::Start(Command command, std::string size_of) {
     if (!session_.LoggedIn()) co_return Fail(FailureKind::NotConnected);
-    const auto asked = co_await AskAhead(size_of);
-    if (!asked) co_return Fail(asked.error());
-    const auto opened = co_await OpenData();
-    if (!opened) co_return Fail(opened.error());
-    if (aborted_) co_return Fail(FailureKind::Cancelled);
-
     std::vector<Command> commands;
+    port_ = ReadyPort();
+    if (!port_) {
+        const auto asked = co_await AskAhead(size_of);
+        if (!asked) co_return asked;
+    } else if (AsksSize(size_of)) {
+        auto size = MakeCommand("SIZE", size_of);
+        if (!size) co_return Fail(size.error());
+        commands.push_back(std::move(*size));
+    }
+    const bool size_too = !commands.empty();
+    const bool next_too = session_.in_run && port_ && !session_.habits.one_at_a_time;
     commands.push_back(std::move(command));
+    if (next_too) commands.push_back(AskPort());
+    for (TransferReplies* replies : {&arrived_, &taken_}) replies->Expect(size_too, next_too);
+    ahead_ |= next_too;
+
+    const bool begins_first = session_.habits.overtakes && port_;
+    if (!begins_first) {
+        const auto opened = co_await OpenData();
+        if (!opened) co_return opened;
+        if (aborted_) co_return Fail(FailureKind::Cancelled);
+    }
+    const auto sent = co_await SendCommands(std::move(commands));
+    if (!sent) co_return sent;
+    if (begins_first) {
+        const auto begun = co_await AwaitBegin();
+        if (!begun) co_return begun;
+        const auto opened = co_await OpenData();
+        if (!opened) co_return opened;
+    }
+    co_return co_await Establish();
+}
+
+/// The port that was asked for with the transfer before.
+std::optional<std::uint16_t> Transfer::ReadyPort() {
+    const auto port = std::exchange(session_.next_port, std::nullopt);
+    const bool fits = mode_.passive && session_.type == TypeOf(mode_);
+    ahead_ = port && fits;
+    return fits ? port : std::nullopt;
+}
+
+Task<> Transfer::SendCommands(std::vector<Command> commands) {
     commanded_ = true;
     const auto sent = co_await session_.control->Send(std::move(commands));
-    if (!sent) co_return Fail(sent.error());
+    if (!sent) co_return sent;
     watch_.emplace(
         *session_.control, [this](const Reply& reply) { See(reply); },
         [this] {
-            if (answered_) return;  // what it has sent may still be on its way
+            if (arrived_.Final()) return;  // what it has sent may still be on its way
             refused_ = true;
             CloseData();
         });
-    co_return co_await Establish();
+    co_return Result<>{};
+}
+
+/// A server that does at once whatever it finds gets the data connection when it has begun to wait for it:
+/// one that came before might be taken for that of a transfer which was given up.
+Task<> Transfer::AwaitBegin() {
+    while (!taken_.Begun()) {
+        const auto reply = co_await session_.control->Receive(session_.deadlines.reply);
+        if (!reply) co_return Fail(reply.error());
+        taken_.Take(*reply);
+        if (taken_.Final()) co_return Fail(RefusalOf(*taken_.Final()));
+    }
+    co_return Result<>{};
 }
 
 /// Sends commands together, or one by one where the server minds, and returns their replies in order.
@@ -55,12 +123,28 @@ Task<std::vector<Reply>> Transfer::Exchange(std::vector<Command> commands) {
     co_return replies;
 }
 
+bool Transfer::AsksSize(const std::string& size_of) const {
+    return mode_.image && !size_of.empty() && session_.features.size && !session_.habits.refuses_size;
+}
+
+void Transfer::SetSize(const Reply& reply) {
+    stated_ = ParseSizeReply(reply);
+    if (reply.code == 500 || reply.code == 502) session_.habits.refuses_size = true;
+}
+
+Command Transfer::AskPort() const {
+    return *MakeCommand(session_.habits.refuses_epsv ? "PASV" : "EPSV");
+}
+
+std::optional<std::uint16_t> Transfer::PortOf(const Reply& reply) const {
+    return session_.habits.refuses_epsv ? ParsePasv(reply) : ParseEpsv(reply);
+}
+
 /// TYPE where it is not set yet, SIZE where it helps, and EPSV or PASV: all in one packet.
 Task<> Transfer::AskAhead(const std::string& size_of) {
-    const char type = mode_.image ? 'I' : 'A';
+    const char type = TypeOf(mode_);
     const bool ask_type = session_.type != type;
-    const bool ask_size =
-        mode_.image && !size_of.empty() && session_.features.size && !session_.habits.refuses_size;
+    const bool ask_size = AsksSize(size_of);
     bool& refuses_port =
         session_.habits.refuses_epsv ? session_.habits.refuses_pasv : session_.habits.refuses_epsv;
     const bool ask_port = mode_.passive && !refuses_port;
@@ -72,7 +156,7 @@ Task<> Transfer::AskAhead(const std::string& size_of) {
         if (!command) co_return Fail(command.error());
         commands.push_back(std::move(*command));
     }
-    if (ask_port) commands.push_back(*MakeCommand(session_.habits.refuses_epsv ? "PASV" : "EPSV"));
+    if (ask_port) commands.push_back(AskPort());
 
     const auto replies = co_await Exchange(std::move(commands));
     if (!replies) co_return Fail(replies.error());
@@ -82,13 +166,9 @@ Task<> Transfer::AskAhead(const std::string& size_of) {
         session_.type = type;
         ++reply;
     }
-    if (ask_size) {
-        stated_ = ParseSizeReply(*reply);
-        if (reply->code == 500 || reply->code == 502) session_.habits.refuses_size = true;
-        ++reply;
-    }
+    if (ask_size) SetSize(*reply++);
     if (!ask_port) co_return Result<>{};
-    port_ = session_.habits.refuses_epsv ? ParsePasv(*reply) : ParseEpsv(*reply);
+    port_ = PortOf(*reply);
     if (port_) co_return Result<>{};
     refuses_port = true;  // for the rest of the session
     const std::string size_is_known;
@@ -145,16 +225,17 @@ Task<> Transfer::Establish() {
 
 /// A reply that arrives while the bytes move.
 void Transfer::See(const Reply& reply) {
-    if (answered_) return;  // what follows the answer is not about this transfer
+    if (arrived_.Final()) return;  // what follows the answer is not about this transfer
+    const bool sized = arrived_.Size().has_value();
+    arrived_.Take(reply);
+    if (!sized && arrived_.Size()) SetSize(*arrived_.Size());
     if (reply.Preliminary() && !stated_ && mode_.image) {
         stated_ = ParseTransferSize(reply);
         if (stated_) session_.events.TransferStarted(stated_);
     }
-    answered_ = !reply.Preliminary();
-    if (reply.Refused()) {
-        refused_ = true;
-        CloseData();  // nobody will take or send more
-    }
+    overtaken_ = arrived_.Overtaken();
+    refused_ = arrived_.Final() && arrived_.Final()->Refused();
+    if (refused_ || overtaken_) CloseData();  // nobody will take or send more
 }
 
 void Transfer::Moved(std::int64_t bytes) {
@@ -174,7 +255,6 @@ void Transfer::CloseData() {
 }
 
 Task<> Transfer::Finish(Result<> moved) {
-    watch_.reset();
     const bool silent = silence_ && silence_->Expired();
     silence_.reset();
     if (session_.dropped) co_return Fail(FailureKind::Cancelled);
@@ -183,38 +263,82 @@ Task<> Transfer::Finish(Result<> moved) {
 
     // The server says how it went, unless we are the ones who broke off.
     const bool server_ended = refused_ || (!moved && moved.error().kind == FailureKind::ConnectionLost);
-    const bool broke_off = aborted_ || silent || (!moved && !server_ended);
+    const bool broke_off = aborted_ || overtaken_ || silent || (!moved && !server_ended);
     if (!broke_off) {
-        const auto reply = co_await AwaitFinal();
+        const auto answered = co_await AwaitFinal();
         if (data_) data_->Close();
         if (session_.dropped) co_return Fail(FailureKind::Cancelled);
-        if (!aborted_) {
-            if (!reply) co_return Fail(reply.error());
-            if (!reply->Completed()) co_return Fail(RefusalOf(*reply));
+        if (!aborted_ && !overtaken_) {
+            if (!answered) co_return answered;
+            ending_ = true;
+            co_await AwaitNextPort();
+            const Reply& answer = *taken_.Final();
+            if (!answer.Completed()) co_return Fail(RefusalOf(answer));
             co_return moved;
         }
     }
     ending_ = true;
+    watch_.reset();
     CloseData();
     const auto in_step = co_await BackInStep();
     if (!in_step) session_.control->Close();
     if (aborted_ || session_.dropped) co_return Fail(FailureKind::Cancelled);
     if (silent) co_return Fail(FailureKind::TimedOut);
+    if (overtaken_) co_return Fail(FailureKind::Protocol);
     co_return moved;
 }
 
-/// The final reply. What was sent may still be on its way through a slow line: as long as it moves, so does
-/// the limit.
-Task<Reply> Transfer::AwaitFinal() {
-    for (;;) {
+/// Until the final reply is here. What was sent may still be on its way through a slow line: as long as it
+/// moves, so does the limit.
+Task<> Transfer::AwaitFinal() {
+    while (!taken_.Final() && !overtaken_) {
         const std::size_t unsent = data_ ? data_->Unsent() : 0;
-        auto reply = co_await session_.control->Receive(session_.deadlines.reply);
-        const bool late = !reply && reply.error().kind == FailureKind::TimedOut;
+        const bool unclear = taken_.Unclear();
+        const auto reply =
+            co_await session_.control->Receive(unclear ? session_.deadlines.ahead : session_.deadlines.reply);
+        if (reply) {
+            taken_.Take(*reply);
+            continue;
+        }
+        const bool late = reply.error().kind == FailureKind::TimedOut;
         const bool moving = data_ && data_->Unsent() < unsent;
-        if ((late && moving) || (reply && reply->Preliminary())) continue;
-        if (late) session_.control->Close();
-        co_return reply;
+        if (late && moving) continue;
+        if (late && !unclear) session_.control->Close();
+        if (!late || !unclear) co_return Fail(reply.error());
+        taken_.Close();
     }
+    co_return Result<>{};
+}
+
+/// The port for the next transfer, which was asked for together with this one. The transfer itself is over,
+/// so nothing that goes wrong here is its failure.
+asio::awaitable<void> Transfer::AwaitNextPort() {
+    while (taken_.PortDue()) {
+        const auto reply = co_await session_.control->Receive(session_.deadlines.ahead);
+        if (reply) {
+            taken_.Take(*reply);
+            continue;
+        }
+        if (reply.error().kind != FailureKind::TimedOut) co_return;
+        session_.habits.one_at_a_time = true;  // it swallows what stands behind a transfer command
+        watch_.reset();
+        const auto in_step = co_await ReadUpToNoop();
+        if (!in_step) session_.control->Close();
+        co_return;
+    }
+    if (!taken_.Port()) co_return;
+    session_.next_port = PortOf(*taken_.Port());
+    if (!session_.next_port) session_.habits.one_at_a_time = true;
+}
+
+bool Transfer::Retreat(const Result<>& outcome) {
+    if (overtaken_) session_.habits.overtakes = true;
+    const bool possible =
+        !outcome && ahead_ && !aborted_ && !session_.dropped && session_.control && session_.control->Open();
+    if (!possible || !(overtaken_ || MayComeFromHaste(outcome.error()))) return false;
+    session_.habits.one_at_a_time = true;
+    session_.next_port.reset();
+    return true;
 }
 
 /// Ends what the server still does and reads all replies that are due, so that the next command meets its own
@@ -232,9 +356,17 @@ Task<> Transfer::BackInStep() {
         co_return Result<>{};
     }
     // Servers answer ABOR with one reply or two, in either order, or swallow what follows it in the same
-    // packet. So: one reply first, then NOOP, whose 200 is the last that is due.
+    // packet. So: one reply first, then NOOP.
     const auto aborted = co_await session_.Ask("ABOR");
     if (!aborted) co_return Fail(aborted.error());
+    co_return co_await ReadUpToNoop();
+}
+
+/// NOOP, whose 200 is the last reply that is due.
+Task<> Transfer::ReadUpToNoop() {
+    Control& control = *session_.control;
+    const Deadline deadline(session_.transport.Executor(), session_.deadlines.abort,
+                            [&control] { control.Close(); });
     auto reply = co_await session_.Ask("NOOP");
     while (reply && reply->code != 200 && control.Owes()) reply = co_await control.Receive();
     if (!reply) co_return Fail(reply.error());

@@ -7,6 +7,7 @@
 
 #include "ftp/engine/net/deadline.h"
 #include "ftp/engine/session/session.h"
+#include "ftp/engine/session/transfer_replies.h"
 
 namespace ftp {
 
@@ -29,8 +30,8 @@ class Transfer {
     Transfer& operator=(const Transfer&) = delete;
 
     /// Opens the data connection and sends the transfer command beside its SYN, without waiting for the 150.
-    /// With `size_of` the size of that file is asked for on the way. After a failure only Finish is left to
-    /// call.
+    /// With `size_of` the size of that file is asked for on the way. In a run the question for the next
+    /// transfer's port leaves in the same packet. After a failure only Finish is left to call.
     Task<> Start(Command command, std::string size_of = {});
     Stream& Data() { return *data_; }
     /// The size of an upload, before Start.
@@ -43,6 +44,10 @@ class Transfer {
     /// went.
     Task<> Finish(Result<> moved);
 
+    /// After Finish. Where something went wrong that may come from what was sent ahead of its turn, the
+    /// session goes one step at a time from here on, and true is returned: the transfer is worth repeating.
+    bool Retreat(const Result<>& outcome);
+
     /// From outside, at any time: ends the transfer; Finish then says Cancelled.
     void Abort();
     bool Aborted() const { return aborted_; }
@@ -50,12 +55,21 @@ class Transfer {
 
  private:
     Task<std::vector<Reply>> Exchange(std::vector<Command> commands);
+    std::optional<std::uint16_t> ReadyPort();
+    bool AsksSize(const std::string& size_of) const;
+    void SetSize(const Reply& reply);
+    Command AskPort() const;
+    std::optional<std::uint16_t> PortOf(const Reply& reply) const;
     Task<> AskAhead(const std::string& size_of);
+    Task<> SendCommands(std::vector<Command> commands);
+    Task<> AwaitBegin();
     Task<> OpenData();
     Task<> OpenActive();
     Task<> Establish();
-    Task<Reply> AwaitFinal();
+    Task<> AwaitFinal();
+    asio::awaitable<void> AwaitNextPort();
     Task<> BackInStep();
+    Task<> ReadUpToNoop();
     void See(const Reply& reply);
 
     Session& session_;
@@ -66,11 +80,13 @@ class Transfer {
     std::optional<Control::Watch> watch_;
     std::optional<Deadline> silence_;
     std::optional<std::int64_t> stated_;
-    bool commanded_ = false;  // the transfer command has left
-    bool answered_ = false;   // the server has said how it went
-    bool refused_ = false;    // it has said no, or it has gone
-    bool aborted_ = false;    // by the user
-    bool ending_ = false;     // there is nothing left to abort
+    TransferReplies arrived_, taken_;  // replies as they come, and those that have been taken in turn
+    bool commanded_ = false;           // the transfer command has left
+    bool ahead_ = false;               // its port was asked for ahead, or the next one's is
+    bool refused_ = false;             // the server has said no, or it has gone
+    bool overtaken_ = false;           // the server does what stands behind the transfer command at once
+    bool aborted_ = false;             // by the user
+    bool ending_ = false;              // there is nothing left to abort
 };
 
 }  // namespace ftp

@@ -36,6 +36,7 @@ WorkerClient::WorkerClient(ftp::Deadlines deadlines)
 
 void WorkerClient::Hear(ftp::Notification notification) {
     const std::lock_guard lock(mutex_);
+    if (notification.request == 0) return HearAside(notification);
     EXPECT_EQ(notification.request, request_);
     EXPECT_FALSE(finished_) << "told after Finished";
     if (auto* command = std::get_if<ftp::CommandSent>(&notification.what))
@@ -52,8 +53,24 @@ void WorkerClient::Hear(ftp::Notification notification) {
         if (takes_batches) worker_->BatchTaken();
     }
     finished_ = std::holds_alternative<ftp::Finished>(notification.what);
+    if (finished_ && ends_run_) in_run_ = false;
     ++notifications_;
     heard_.notify_all();
+}
+
+void WorkerClient::HearAside(const ftp::Notification& notification) {
+    EXPECT_TRUE(in_run_);
+    if (const auto* command = std::get_if<ftp::CommandSent>(&notification.what))
+        aside_.trace.push_back("> " + command->line);
+    if (const auto* reply = std::get_if<ftp::ReplyLine>(&notification.what))
+        aside_.trace.push_back("< " + reply->line);
+    if (const auto* problem = std::get_if<ftp::FileProblem>(&notification.what))
+        aside_.problems.push_back(*problem);
+}
+
+WorkerClient::Aside WorkerClient::TakeAside() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(aside_, {});
 }
 
 void WorkerClient::Await(const std::function<bool()>& condition) {
@@ -71,6 +88,8 @@ void WorkerClient::Start(ftp::Operation operation) {
         batches_ = 0;
         finished_ = false;
         ++request_;
+        if (std::holds_alternative<ftp::BeginRun>(operation)) in_run_ = true;
+        ends_run_ = std::holds_alternative<ftp::EndRun>(operation);
     }
     worker_->Start({.id = request_, .operation = std::move(operation), .passive = passive});
 }

@@ -32,6 +32,13 @@ class WorkerClient {
  public:
     explicit WorkerClient(ftp::Deadlines deadlines = {});
 
+    /// What belonged to no request: told by files of a run that were on their way over other connections.
+    struct Aside {
+        std::vector<std::string> trace;
+        std::vector<ftp::FileProblem> problems;
+    };
+    Aside TakeAside();
+
     /// Runs an operation to its end. An operation that hangs ends the process.
     Told Run(ftp::Operation operation);
     Told Connect(const std::string& host_field, const std::string& password = "demo");
@@ -52,11 +59,15 @@ class WorkerClient {
 
  private:
     void Hear(ftp::Notification notification);
+    void HearAside(const ftp::Notification& notification);
     void Await(const std::function<bool()>& condition);
 
     std::mutex mutex_;
     std::condition_variable heard_;
     Told told_;
+    Aside aside_;
+    bool in_run_ = false;
+    bool ends_run_ = false;
     std::size_t notifications_ = 0;
     int batches_ = 0;
     bool finished_ = true;

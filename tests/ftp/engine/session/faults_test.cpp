@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 
 #include "tests/ftp/engine/session/sequences.h"
 
@@ -61,7 +62,10 @@ bool HasAnswered(const Steps& steps, std::size_t at) {
 bool MaySucceed(const Sequence& sequence, std::size_t at, Fault fault) {
     // The end of the data, when all else is done, is the same whoever else is closed.
     const bool ends_anyway = fault == Fault::Close && sequence.steps[at].kind == Step::Kind::Ends;
-    return sequence.never_fails || (fault == Fault::Refuse && MayBeRefused(sequence.steps, at)) ||
+    const bool all_beside = std::all_of(sequence.steps.begin() + static_cast<std::ptrdiff_t>(at),
+                                        sequence.steps.end(), std::mem_fn(&Step::beside));
+    return sequence.never_fails || all_beside ||
+           (fault == Fault::Refuse && MayBeRefused(sequence.steps, at)) ||
            (ends_anyway && at + 1 == sequence.steps.size());
 }
 
@@ -73,10 +77,13 @@ bool IsSensible(const ftp::Failure& failure, Fault fault, const Step& step) {
             return failure.kind == FailureKind::ConnectionLost ||
                    failure.kind == FailureKind::ConnectionRefused;
         case Fault::Goodbye:
+            if (step.beside) return failure.kind == FailureKind::ConnectionLost;  // nobody was asked then
             return failure.kind == FailureKind::Refused && failure.code == 421 && failure.detail == "Goodbye";
         case Fault::Refuse:
             return failure.kind == FailureKind::Refused && failure.code == 500;
         case Fault::Silence:
+            if (step.beside) return failure.kind == FailureKind::Cancelled;  // closed before it began
+            return failure.kind == FailureKind::TimedOut;
         case Fault::Stall:
             return failure.kind == FailureKind::TimedOut;
         case Fault::None:

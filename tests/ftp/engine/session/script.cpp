@@ -120,6 +120,9 @@ Step Reply(const std::string& lines) {
 Step Optional(const std::string& lines) {
     return {Step::Kind::Reply, lines, 0, true};
 }
+Step Beside(const std::string& lines) {
+    return {Step::Kind::Reply, lines, 0, true, true};
+}
 Step HangsUp() {
     return {Step::Kind::HangsUp, {}};
 }
@@ -277,14 +280,18 @@ bool Script::TakeCommand(const std::string& line) {
     if (NextLine() != line) return false;
     control_->to_server.erase(0, line.size() + 2);
     ++owed_;
-    transfer_ |= line.starts_with("LIST") || line.starts_with("RETR") || line.starts_with("STOR");
+    if (line.starts_with("LIST") || line.starts_with("RETR") || line.starts_with("STOR")) {
+        transfer_ = true;
+        due_before_ = owed_ - 1;
+    }
     return true;
 }
 
 void Script::Say(const std::string& lines) {
     if (!lines.starts_with('1')) {
         --owed_;
-        transfer_ = false;
+        if (due_before_ == 0) transfer_ = false;
+        due_before_ = std::max(0, due_before_ - 1);
     }
     for (int times = play_.doubled ? 2 : 1; times > 0; --times) control_->to_client += lines + "\r\n";
     control_->moved.cancel();
@@ -322,7 +329,8 @@ void Script::End(bool crashed) {
 void Script::Leave() {
     mode_ = Mode::Free;
     if (!control_ || !control_->stands) return;
-    while (owed_ > (HoldsTransfers() && transfer_ ? 1 : 0)) Say("500 Cannot");
+    if (HoldsTransfers() && transfer_) return;  // what stands behind it waits
+    while (owed_ > 0) Say("500 Cannot");
 }
 
 /// Whether a transfer under way gets its final reply only when ABOR asks for it.
@@ -335,7 +343,11 @@ void Script::AnswerFreely() {
         const bool transferring = transfer_;
         TakeCommand(*line);
         if (*line == "ABOR" && transferring) {
-            for (const std::string& reply : play_.abort_replies) Say(reply);
+            const int behind = owed_ - 2;  // what stands between the transfer command and ABOR
+            for (std::size_t i = 0; i < play_.abort_replies.size(); ++i) {
+                Say(play_.abort_replies[i]);
+                for (int each = 0; i == 0 && each < behind; ++each) Say("229 Next (|||5003|)");
+            }
             owed_ = 0;
         } else if (!transfer_ || !HoldsTransfers()) {
             Say(*line == "NOOP" ? "200 Fine" : *line == "CWD after" ? "250 after" : "500 Cannot");

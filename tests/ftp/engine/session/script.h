@@ -32,6 +32,7 @@ struct Step {
     std::string bytes;
     std::uint16_t port = 0;
     bool may_be_refused = false;  // the sequence goes on without
+    bool beside = false;          // what runs meanwhile has its outcome without
 
     bool IsData() const { return kind >= Kind::DataConnects; }
 };
@@ -45,6 +46,8 @@ Step Command(const std::string& line);
 Step Reply(const std::string& lines);
 /// The same, where the sequence goes on after a refusal.
 Step Optional(const std::string& lines);
+/// An answer to what was asked ahead, for the next transfer: the one before it is over.
+Step Beside(const std::string& lines);
 /// The server closes the control connection.
 Step HangsUp();
 /// The client opens a data connection to this port.
@@ -101,6 +104,7 @@ class Script : public ftp::Transport {
 
     asio::any_io_executor Executor() override { return context_.get_executor(); }
     ftp::Task<std::unique_ptr<ftp::Stream>> ConnectControl(ftp::HostAndPort where) override;
+    std::string PeerAddress() const override { return "127.0.0.1"; }
     ftp::Result<std::unique_ptr<ftp::Stream>> StartData(std::uint16_t port) override;
     ftp::Result<std::unique_ptr<ftp::Listener>> Listen() override;
     void CancelConnect() override;
@@ -144,6 +148,7 @@ class Script : public ftp::Transport {
     std::string surprise_;
     int owed_ = 1;           // the greeting, and commands taken, that have no final reply yet
     bool transfer_ = false;  // one of them is LIST, RETR or STOR
+    int due_before_ = 0;     // replies that come before its own
     std::shared_ptr<Pipe> control_, data_;
     std::optional<std::uint16_t> data_port_;  // that the client has connected to
     bool listening_ = false;                  // the client is

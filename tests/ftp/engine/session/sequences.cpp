@@ -67,6 +67,33 @@ ftp::Task<> Quit(Stage& stage) {
     co_return ftp::Result<>{};
 }
 
+/// The sequence twice, as parts of a run.
+Stage::Sequence TwiceInRun(ftp::Task<> (*sequence)(Stage&)) {
+    return [sequence](Stage& stage) -> ftp::Task<> {
+        stage.session.in_run = true;
+        const auto first = co_await sequence(stage);
+        if (!first) co_return first;
+        stage.scratch.Write("target", kOld);
+        co_return co_await sequence(stage);
+    };
+}
+
+/// Three steps that are put off, and what they have come to.
+ftp::Task<> WalkInRun(Stage& stage) {
+    stage.session.in_run = true;
+    const std::string name = "ny mapp";
+    const auto up = co_await ftp::ChangeToParentDirectory(stage.session);
+    if (!up) co_return up;
+    const auto made = co_await ftp::MakeDirectoryNamed(stage.session, name);
+    if (!made) co_return made;
+    const auto entered = co_await ftp::ChangeDirectoryTo(stage.session, name);
+    if (!entered) co_return entered;
+    const auto directory = co_await ftp::CurrentDirectory(stage.session);
+    if (!directory) co_return ftp::Fail(directory.error());
+    EXPECT_EQ(*directory, directory->empty() ? "" : "/webb/ny mapp");
+    co_return ftp::Result<>{};
+}
+
 std::vector<Sequence> Logins() {
     const Steps whole = kGreeting + kName + kPassword + kPrepared;
     const Steps slow_greeting{Connects(), Reply("120 In a minute"),
@@ -107,6 +134,21 @@ std::vector<Sequence> Transfers() {
     const Steps store{Command("STOR fil.txt"), Reply("150 Waiting"), Takes("uplo"),
                       Takes("aded"),           TakesEnd(),           Reply("226 Done")};
     const Steps text{Command("TYPE A"), Reply("200 Text")};
+    const Steps store_ahead{Command("STOR fil.txt"),
+                            Command("EPSV"),
+                            Reply("150 Waiting"),
+                            Takes("uploaded"),
+                            TakesEnd(),
+                            Reply("226 Done"),
+                            Beside("229 Next (|||5000|)")};
+    const Steps retrieve_ahead{Command("RETR fil.txt"),      Command("EPSV"), Reply("150 Coming"),
+                               Sends("0123456789"),          Ends(),          Reply("226 Done"),
+                               Beside("229 Next (|||5000|)")};
+    const Steps with_size{
+        DataConnects(5000), Command("SIZE fil.txt"),      Command("RETR fil.txt"), Command("EPSV"),
+        Reply("213 10"),    Reply("150 Coming"),          Sends("0123456789"),     Ends(),
+        Reply("226 Done"),  Beside("229 Next (|||5000|)")};
+    const Steps ready{DataConnects(5000)};
     return {
         {"list", false, kImage + kEpsv + kList + kRows, List, kGotRows},
         {"list_empty", false, kImage + kEpsv + kList + Steps{Ends(), Reply("226 Done")}, List, {}},
@@ -128,6 +170,19 @@ std::vector<Sequence> Transfers() {
              co_return co_await Store(stage);
          },
          {}},
+        {"store_in_run", false, kImage + kEpsv + store_ahead + ready + store_ahead, TwiceInRun(Store), {}},
+        {"store_in_run_pasv",
+         false,
+         kImage + kNoEpsv + kPasv +
+             Steps{Command("STOR fil.txt"), Command("PASV"), Reply("150 Waiting"), Takes("uploaded"),
+                   TakesEnd(), Reply("226 Done"), Beside("227 Next (10,1,2,3,19,136)")},
+         [](Stage& stage) {
+             stage.session.in_run = true;
+             return Store(stage);
+         },
+         {}},
+        {"retrieve_in_run", false, kImage + size + kEpsv + retrieve_ahead + with_size, TwiceInRun(Retrieve),
+         "0123456789"},
     };
 }
 
@@ -152,6 +207,13 @@ std::vector<Sequence> Others() {
          false,
          rename,
          [](Stage& stage) { return ftp::Rename(stage.session, "old name", "-new"); },
+         {}},
+        {"walk_in_run",
+         false,
+         {Command("CWD .."), Command("MKD ny mapp"), Command("CWD ny mapp"), Command("PWD"),
+          Optional("250 Up"), Optional("257 \"ny mapp\" made"), Optional("250 In"),
+          Optional("257 \"/webb/ny mapp\" is here")},
+         WalkInRun,
          {}},
         {"quit", false, {Command("QUIT"), Reply("221 Goodbye.")}, Quit, {}, true},
     };

@@ -47,11 +47,25 @@ std::vector<std::string> Scratch::Names() const {
 }
 
 ftp::Deadlines Patient() {
-    return {.connect = 60s, .reply = 60s, .data = 60s, .early_login = 60s, .abort = 60s, .quit = 60s};
+    return {.connect = 60s,
+            .reply = 60s,
+            .data = 60s,
+            .early_login = 60s,
+            .ahead = 60s,
+            .idle = 60s,
+            .abort = 60s,
+            .quit = 60s};
 }
 
 ftp::Deadlines Impatient() {
-    return {.connect = 5ms, .reply = 5ms, .data = 5ms, .early_login = 5ms, .abort = 5ms, .quit = 5ms};
+    return {.connect = 5ms,
+            .reply = 5ms,
+            .data = 5ms,
+            .early_login = 5ms,
+            .ahead = 5ms,
+            .idle = 5ms,
+            .abort = 5ms,
+            .quit = 5ms};
 }
 
 Stage::Stage(Steps steps) : script(context, std::move(steps)), session(script, *files, record, deadlines) {}

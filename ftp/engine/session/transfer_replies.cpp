@@ -1,0 +1,70 @@
+#include "ftp/engine/session/transfer_replies.h"
+
+#include <utility>
+
+namespace ftp {
+namespace {
+
+constexpr int kGoodbye = 421;
+
+bool OpensPort(const Reply& reply) {
+    return reply.code == 227 || reply.code == 229;
+}
+
+}  // namespace
+
+void TransferReplies::Expect(bool size, bool port) {
+    size_due_ = size;
+    port_due_ = port;
+}
+
+void TransferReplies::Take(const Reply& reply) {
+    if (reply.code == kGoodbye) {
+        Close();
+        if (!final_) final_ = reply;
+        size_due_ = port_due_ = false;
+    } else if (reply.Preliminary()) {
+        begun_ = true;
+        if (unclear_) SetPort(*std::exchange(unclear_, std::nullopt));  // the transfer goes on after it
+    } else if (size_due_) {
+        size_due_ = false;
+        size_ = reply;
+    } else if (final_) {
+        if (port_due_) SetPort(reply);
+    } else if (!port_due_) {
+        final_ = reply;
+    } else if (unclear_) {
+        TakeSecondOfTwo(reply);
+    } else {
+        TakeFirstOfTwo(reply);
+    }
+}
+
+void TransferReplies::TakeFirstOfTwo(const Reply& reply) {
+    if (OpensPort(reply)) {
+        overtaken_ = true;
+        SetPort(reply);
+    } else if (reply.Refused()) {
+        unclear_ = reply;
+    } else {
+        final_ = reply;
+    }
+}
+
+void TransferReplies::TakeSecondOfTwo(const Reply& reply) {
+    const Reply first = *std::exchange(unclear_, std::nullopt);
+    const bool in_order = OpensPort(reply) || reply.Refused();
+    final_ = in_order ? first : reply;
+    SetPort(in_order ? reply : first);
+}
+
+void TransferReplies::Close() {
+    if (unclear_) final_ = std::exchange(unclear_, std::nullopt);
+}
+
+void TransferReplies::SetPort(const Reply& reply) {
+    port_due_ = false;
+    port_ = reply;
+}
+
+}  // namespace ftp

@@ -1,0 +1,45 @@
+#pragma once
+// Which reply is whose, where several commands around a transfer left together.
+
+#include <optional>
+
+#include "ftp/engine/wire/reply.h"
+
+namespace ftp {
+
+/// A transfer command, SIZE before it and EPSV or PASV behind it if they left with it. Servers that take one
+/// command after the other answer in that order. Others answer what stands behind a running transfer while it
+/// runs, or refuse it then; a refusal that comes first may mean either, and the reply after it tells.
+class TransferReplies {
+ public:
+    /// What is due; before the first Take.
+    void Expect(bool size, bool port);
+    /// One reply, in the order of their arrival. What nobody has asked for is passed over.
+    void Take(const Reply& reply);
+    /// Nothing more will come: a refusal that might have meant either was the transfer's.
+    void Close();
+
+    bool Begun() const { return begun_; }  // a 1xx has come
+    const std::optional<Reply>& Size() const { return size_; }
+    const std::optional<Reply>& Final() const { return final_; }  // how the transfer ended
+    const std::optional<Reply>& Port() const { return port_; }
+    bool PortDue() const { return port_due_; }
+    bool Unclear() const { return unclear_.has_value(); }
+    /// A port was opened before the transfer had ended: this server does not take one command after the
+    /// other.
+    bool Overtaken() const { return overtaken_; }
+
+ private:
+    void TakeFirstOfTwo(const Reply& reply);
+    void TakeSecondOfTwo(const Reply& reply);
+    void SetPort(const Reply& reply);
+
+    bool size_due_ = false;
+    bool port_due_ = false;
+    bool begun_ = false;
+    bool overtaken_ = false;
+    std::optional<Reply> size_, final_, port_;
+    std::optional<Reply> unclear_;  // refuses the transfer or the port
+};
+
+}  // namespace ftp
