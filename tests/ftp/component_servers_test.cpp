@@ -241,6 +241,106 @@ TEST_P(ComponentAtServer, MayBeDestroyedByAnyEvent) {
     }
 }
 
+QString Numbered(int number) {
+    return QStringLiteral("f%1").arg(number);
+}
+
+TEST_P(ComponentAtServer, SendsTheFilesOfARun) {
+    constexpr int kFiles = 40;
+    for (int i = 0; i < kFiles; ++i) Write(Local(qPrintable(Numbered(i))), Pattern(100 * i));
+    {
+        const TransferRun run(*component);
+        for (int i = 0; i < kFiles; ++i) {
+            progress.clear();
+            Put(Local(qPrintable(Numbered(i))), qPrintable(Numbered(i)));
+            EXPECT_EQ(progress.empty() ? -1 : progress.back(), 100 * i) << "the file counts as moved";
+        }
+    }
+    EXPECT_FALSE(component->Busy());
+    EXPECT_TRUE(errors.empty()) << errors.front().second;
+    for (int i = 0; i < kFiles; ++i)
+        EXPECT_TRUE(server->ReadFile(Numbered(i).toStdString()) == Pattern(100 * i).toStdString()) << i;
+}
+
+TEST_P(ComponentAtServer, FetchesTheFilesOfARun) {
+    constexpr int kFiles = 20;
+    for (int i = 0; i < kFiles; ++i) server->WriteFile(Numbered(i).toStdString(), Pattern(i).toStdString());
+    {
+        const TransferRun run(*component);
+        for (int i = 0; i < kFiles; ++i) {
+            component->ExpectedSize = i;
+            Get(qPrintable(Numbered(i)), Local(qPrintable(Numbered(i))));
+            EXPECT_EQ(component->ExpectedSize, std::nullopt);
+        }
+    }
+    EXPECT_TRUE(errors.empty()) << errors.front().second;
+    for (int i = 0; i < kFiles; ++i) EXPECT_EQ(Read(Local(qPrintable(Numbered(i)))), Pattern(i));
+}
+
+TEST_P(ComponentAtServer, RaisesWhatIsRefusedInARun) {
+    Write(Local("here"), "bytes");
+    {
+        const TransferRun run(*component);
+        for (int i = 0; i < 30; ++i) {
+            Put(Local("here"), "no/such/folder/file");
+            Put(Local("gone"), "file");
+        }
+    }
+    const auto gone = std::ranges::count(errors, 53, &std::pair<std::int32_t, std::string>::first);
+    const auto refused = std::ranges::count_if(errors, [](const auto& error) { return error.first >= 500; });
+    EXPECT_EQ(gone, 30);
+    EXPECT_EQ(refused, 30);
+    EXPECT_EQ(errors.size(), 60U);
+    EXPECT_EQ(Names(), QStringList());
+}
+
+TEST_P(ComponentAtServer, AbortsWhatARunHasUnderWay) {
+    Write(Local("a"), Pattern(200'000));
+    for (int at = 1; at <= 8; ++at) {
+        errors.clear();
+        int stores = 0;
+        const auto counting =
+            QObject::connect(component.get(), &Component::CommandSent, [&](const QString& line) {
+                if (line.startsWith(u"STOR") && ++stores == at) component->AbortTransfer();
+            });
+        {
+            const TransferRun run(*component);
+            for (int i = 0; i < 12; ++i) Put(Local("a"), qPrintable(Numbered(i)));
+        }
+        QObject::disconnect(counting);
+        for (const auto& [number, text] : errors) EXPECT_EQ(number, 10004) << text;
+        EXPECT_TRUE(component->Connected());
+        Put(Local("a"), "after");
+        EXPECT_TRUE(server->ReadFile("after") == Pattern(200'000).toStdString());
+    }
+}
+
+TEST_P(ComponentAtServer, ShutsDownInTheMiddleOfARun) {
+    Write(Local("a"), Pattern(20'000));
+    When(QStringLiteral("STOR"), [this] { component->Shutdown(); });
+    {
+        const TransferRun run(*component);
+        for (int i = 0; i < 20; ++i) Put(Local("a"), qPrintable(Numbered(i)));
+    }
+    EXPECT_FALSE(component->Connected());
+    EXPECT_LE(errors.size(), 1U) << "what is not begun any more does not fail";
+}
+
+TEST_P(ComponentAtServer, MayBeDestroyedInTheMiddleOfARun) {
+    Write(Local("a"), Pattern(20'000));
+    for (int event = 0; event < 60; event += 3) {
+        component = std::make_unique<Component>();
+        component->UserName = component->Password = QStringLiteral("demo");
+        component->ModeFlagA = component->ModeFlagB = true;
+        Connect(server->HostField());
+        QObject::connect(component.get(), &Component::Debug, [this, event, seen = 0]() mutable {
+            if (seen++ == event) component.reset();
+        });
+        const TransferRun run(*component);
+        for (int i = 0; i < 8 && component; ++i) Put(Local("a"), qPrintable(Numbered(i)));
+    }
+}
+
 TEST_P(ComponentAtServer, KeepsTheBytesOfLegacyNames) {
     server.emplace(GetParam(), ftp_test::ServerOptions{.utf8 = false});
     Connect(server->HostField());
