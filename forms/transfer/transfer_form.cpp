@@ -6,7 +6,9 @@
 #include "app/shared/window_routines.h"
 #include "ftp/listing_rows.h"
 #include "ftp/operation_gate.h"
+#include "ftp/progress_arithmetic.h"
 #include "platform/drive_path.h"
+#include "toolkit/conversions.h"
 #include "toolkit/fonts.h"
 #include "toolkit/message_box.h"
 
@@ -14,6 +16,11 @@ namespace forms {
 namespace {
 
 constexpr int kTitleInterval = 100;  // milliseconds
+
+std::optional<std::int64_t> SizeIn(const QString& line) {
+    const std::optional<QString> size = ftp::SizeColumn(line);
+    return size ? std::optional(static_cast<std::int64_t>(toolkit::Val(*size))) : std::nullopt;
+}
 
 }  // namespace
 
@@ -112,13 +119,14 @@ std::vector<Form1::Job> Form1::QueueDownloads() {
     for (const int row : main_.listDir.SelectedRows()) {
         lines.append(main_.listDir.List(row));
         const QString name = ftp::NameOfListingLine(lines.last());
-        jobs.push_back({name, platform::Join(main_.Dir1.Path(), name)});
+        jobs.push_back({name, platform::Join(main_.Dir1.Path(), name), SizeIn(lines.last())});
     }
     l1->Lines()->SetLines(lines);
     return jobs;
 }
 
 void Form1::Run(const std::vector<Job>& jobs, std::int16_t& running, void (ftp::Component::*transfer)()) {
+    const ftp::TransferRun run(main_.Ftp1);
     int entry = 0;
     for (const Job& job : jobs) {
         if (AbortRequested_) return;
@@ -127,6 +135,7 @@ void Form1::Run(const std::vector<Job>& jobs, std::int16_t& running, void (ftp::
         main_.avb.setEnabled(true);
         main_.Ftp1.SourceFileName = job.source;
         main_.Ftp1.DestinationFileName = job.destination;
+        main_.Ftp1.ExpectedSize = job.size;
         (main_.Ftp1.*transfer)();
         running = 0;
         main_.avb.setEnabled(false);

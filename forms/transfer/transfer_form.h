@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QTimer>
+#include <optional>
 #include <vector>
 
 #include "ftp/component.h"
@@ -58,6 +59,7 @@ class Form1 : public QDialog, private Ui::Form1 {
     struct Job {
         QString source;
         QString destination;
+        std::optional<std::int64_t> size = {};  // bytes, where the listing tells
     };
 
     void Wire();
@@ -67,7 +69,8 @@ class Form1 : public QDialog, private Ui::Form1 {
     void skicka();
     std::vector<Job> QueueUploads();
     std::vector<Job> QueueDownloads();
-    /// One transfer after the other; `running` is 1 during each of them.
+    /// One transfer after the other; `running` is 1 during each of them. Small files may still be on their
+    /// way when the next one begins.
     void Run(const std::vector<Job>& jobs, std::int16_t& running, void (ftp::Component::*transfer)());
 
     const TransferHost main_;
