@@ -126,6 +126,7 @@ std::vector<Form1::Job> Form1::QueueDownloads() {
 }
 
 void Form1::Run(const std::vector<Job>& jobs, std::int16_t& running, void (ftp::Component::*transfer)()) {
+    if (jobs.empty()) return;
     const ftp::TransferRun run(main_.Ftp1);
     int entry = 0;
     for (const Job& job : jobs) {
