@@ -226,8 +226,10 @@ def cell(row, seconds):
 
 def worth(row, client):
     """Whether a client takes part without --all: what would say nothing new and take many minutes does not."""
+    if row.tree.count > 1000 and not row.distance:
+        return client.tuned and (client.name, client.connections) != ("curl", 1)  # it would wait for minutes, see PEERS
     if row.tree.count > 1000:
-        return client.tuned and (not row.distance or (row.distance == 20 and client.connections == 8 and row.make == "vsftpd"))
+        return client.tuned and row.distance == 20 and client.connections == 8 and row.make == "vsftpd"
     if row.distance >= 50:
         return client.tuned and (client.connections > 1 or row.make == "vsftpd")
     return client.tuned or not row.distance or row.make == "vsftpd"
@@ -287,10 +289,11 @@ HOW = ("At a distance: wall time of the whole process, login and goodbye include
        f"{RATE} Mbit/s; on loopback: milliseconds for all (and files per second). A client that failed or left anything out is "
        "shown as failed. Files and home folders in memory, emptied before each client; what arrived was compared file by file. "
        "– was not run: it takes long and says nothing new (`--all` runs it).")
-TUNED = ("Tuned: lftp with `" + LFTP_TUNED.strip() + "`; ncftp with `" + " ".join(NCFTP_TUNED) + "`. "
+PEERS = ("Tuned: lftp with `" + LFTP_TUNED.strip() + "`; ncftp with `" + " ".join(NCFTP_TUNED) + "`. "
          "curl is one process with a configuration file that names every file{curl}. ncftp has no more than one connection. "
          "curl 7.88 now and then waits whole seconds between two files, mostly on loopback: it sleeps for a second on nothing but its own "
-         "wake-up pipe when the reply to EPSV or PASV was there at once. No option that was tried prevents it; its figures are as they came.")
+         "wake-up pipe when the reply to EPSV or PASV was there at once. No option that was tried prevents it; its figures are as "
+         "they came.")
 LANES = ("Ours with N lanes has N connections and its main one, N+1 in all; lftp is therefore shown with N+1 as well, and the last "
          "column is the stricter comparison.")
 
@@ -320,7 +323,7 @@ def trees(report, options):
     report.text(f"{both[0]} in {both[0].folders} folders and {both[1]} in {both[1].folders}. Repeat with `bench/run trees` (as root). "
                 + rounds_text(options))
     Bench(report, uploads(), options, prepare, lambda home, _: home / "tree").run(rows)
-    for text in (HOW, LANES, TUNED.format(curl=" and `--ftp-create-dirs`")):
+    for text in (HOW, LANES, PEERS.format(curl=" and `--ftp-create-dirs`")):
         report.text(text)
 
 
@@ -343,5 +346,5 @@ def fetches(report, options):
     report.text(f"{tree}, all in one folder. Repeat with `bench/run fetches` (as root). " + rounds_text(options))
     wanted = lambda row, client: worth(row, client) and (row.make == "vsftpd" or not row.distance or bool(options.servers))
     Bench(report, downloads(), options, prepare, lambda _, local: local).run(rows, wanted)
-    for text in (HOW, LANES, TUNED.format(curl="")):
+    for text in (HOW, LANES, PEERS.format(curl="")):
         report.text(text)
