@@ -6,8 +6,8 @@
 //   enter FOLDER
 //   get NAME LOCAL, put LOCAL NAME
 //   tree LOCAL [LANES]                   sends a folder with all that is in it, as the program does
-//   fetch LOCALFOLDER LANES NAME...      fetches files in one run; @LISTFILE stands for the names in its
-//   lines
+//   fetch LOCALFOLDER LANES SIZE NAME... fetches files of SIZE bytes each, as a listing has told, in one run;
+//                                        @LISTFILE stands for the names in its lines
 //
 // LANES is the number of further connections (0: none). Logs in as demo/demo, carries out the commands,
 // prints the milliseconds of each, exits non-zero when one failed.
@@ -49,11 +49,17 @@ class Client {
             lines_ += batch->lines.size();
             worker_.BatchTaken();
         } else if (const auto* problem = std::get_if<ftp::Problem>(&notification.what)) {
-            std::fprintf(stderr, "failed: %d %s\n", problem->failure.code, problem->failure.detail.c_str());
-            failed_ = true;
+            Fail(problem->failure);
+        } else if (const auto* of_file = std::get_if<ftp::FileProblem>(&notification.what)) {
+            Fail(of_file->failure);
         } else if (std::holds_alternative<ftp::Finished>(notification.what)) {
             finished_.release();
         }
+    }
+
+    void Fail(const ftp::Failure& failure) {
+        std::fprintf(stderr, "failed: %d %s\n", failure.code, failure.detail.c_str());
+        failed_ = true;
     }
 
     std::binary_semaphore finished_{0};
@@ -100,10 +106,10 @@ std::vector<std::string> Names(std::span<char*> words) {
     return names;
 }
 
-void Fetch(Client& client, const fs::path& folder, const std::vector<std::string>& names) {
+void Fetch(Client& client, const fs::path& folder, std::int64_t size, const std::vector<std::string>& names) {
     for (const std::string& name : names) {
         if (client.Failed()) return;
-        client.Run(ftp::Retrieve{name, (folder / name).string()});
+        client.Run(ftp::Retrieve{.remote = name, .local_path = (folder / name).string(), .size = size});
     }
 }
 
@@ -154,9 +160,10 @@ std::size_t Carry(Client& client, std::span<char*> words) {
         Report("tree", InRun(client, lanes, [&] { SendFolder(client, folder); }));
         return stated ? 3 : 2;
     }
-    if (verb == "fetch" && left >= 3 && IsNumber(words[2])) {
-        const std::vector<std::string> names = Names(words.subspan(3));
-        Report("fetch", InRun(client, std::stoul(words[2]), [&] { Fetch(client, words[1], names); }));
+    if (verb == "fetch" && left >= 4 && IsNumber(words[2]) && IsNumber(words[3])) {
+        const std::int64_t size = std::stoll(words[3]);
+        const std::vector<std::string> names = Names(words.subspan(4));
+        Report("fetch", InRun(client, std::stoul(words[2]), [&] { Fetch(client, words[1], size, names); }));
         return words.size();
     }
     return 0;

@@ -122,7 +122,7 @@ def uploads():
 def downloads():
     def ours(lanes):
         def command(host, work, local):
-            return [BIN / "bench_client", host, "enter", "tree", "fetch", local, str(lanes), f"@{work}/names"]
+            return [BIN / "bench_client", host, "enter", "tree", "fetch", local, str(lanes), "1024", f"@{work}/names"]
         return command
 
     def asked(url, local):
