@@ -25,8 +25,13 @@ void MainForm::Label2_Change() {
 }
 
 void MainForm::Command29_Click() {
-    favourites_ = std::make_unique<favviskat>(FavouritesHost{*this, store_, *Drive1, *Dir1});
-    favourites_->setProperty("tag", QStringLiteral("frmmdi"));
+    OpenFavourites(*this, *Drive1, *Dir1, QStringLiteral("frmmdi"));
+}
+
+void MainForm::OpenFavourites(QWidget& window, toolkit::DriveListBox& drive, toolkit::DirListBox& folders,
+                              const QString& tag) {
+    favourites_ = std::make_unique<favviskat>(FavouritesHost{window, store_, drive, folders});
+    favourites_->setProperty("tag", tag);
     favourites_->Form_Load();
 }
 

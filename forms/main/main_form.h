@@ -47,6 +47,7 @@ class QShortcutEvent;
 namespace forms {
 
 class favviskat;
+class fmRekurs;
 class Form1;
 class Form2;
 class Form3;
@@ -178,6 +179,7 @@ class MainForm : public QWidget, private Ui::MainForm {
     void SendOne(const Upload& file);
     void Command2_Click();
     void FetchOne(const QString& file, const QString& local_path);
+    void Command23_Click();
     void avb_Click();
     void Ftp1_Progress(std::int64_t bytes);
     void HoldServerPanel();
@@ -209,6 +211,8 @@ class MainForm : public QWidget, private Ui::MainForm {
     // local_dialogs.cpp
     void AddToFavourites(const QString& folder);
     void Command29_Click();
+    void OpenFavourites(QWidget& window, toolkit::DriveListBox& drive, toolkit::DirListBox& folders,
+                        const QString& tag);
     void Label2_Click();
     void Label2_Change();
     void SetFilterCaption(const QString& caption);
@@ -235,7 +239,8 @@ class MainForm : public QWidget, private Ui::MainForm {
     std::unique_ptr<Form2> about_;
     std::unique_ptr<Form3> filter_;
     std::unique_ptr<Form4> help_panel_;
-    std::unique_ptr<favviskat> favourites_;
+    std::unique_ptr<fmRekurs> folder_upload_;
+    std::unique_ptr<favviskat> favourites_;  // over the window, or over the folder upload
     std::unique_ptr<TextViewer> viewer_;
     QPointer<QWidget> current_child_;
     QPointer<QPushButton> current_button_;

@@ -1,6 +1,7 @@
 // Uploads and downloads, and the progress strip.
 
 #include "app/shared/ftpglob.h"
+#include "forms/folderupload/folder_upload_form.h"
 #include "forms/main/main_form.h"
 #include "forms/transfer/transfer_form.h"
 #include "ftp/progress_arithmetic.h"
@@ -97,6 +98,30 @@ void MainForm::ShowTransferWindow(const std::vector<Upload>& uploads) {
     transfer_ = std::make_unique<Form1>(
         TransferHost{*this, *Ftp1, *listDir, *listdir2, *Dir1, *avb, *antal, *label7, *p2, uploads});
     transfer_->Form_Load();
+}
+
+void MainForm::Command23_Click() {
+    folder_upload_ = std::make_unique<fmRekurs>(FolderUploadHost{
+        .window = *this,
+        .Ftp1 = *Ftp1,
+        .Command1 = *Command1,
+        .Command2 = *Command2,
+        .Command10 = *Command10,
+        .Command11 = *Command11,
+        .Command12 = *Command12,
+        .Command13 = *Command13,
+        .label7 = *label7,
+        .antal = *antal,
+        .p2 = *p2,
+        .favourites_picture = Command29->icon(),
+        .ClearServerLists = [this] { ClearServerLists(); },
+        .BuildServerList = [this] { BuildServerList(); },
+        .Trace = [this](const QString& line) { Trace(line); },
+        .OpenFavourites = [this](
+                              QWidget& window, toolkit::DriveListBox& drive,
+                              toolkit::DirListBox& folders) { OpenFavourites(window, drive, folders, {}); },
+    });
+    folder_upload_->Form_Load();
 }
 
 void MainForm::avb_Click() {

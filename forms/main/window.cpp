@@ -8,6 +8,7 @@
 #include "forms/connection/connection_form.h"
 #include "forms/favourites/favourites_form.h"
 #include "forms/filter/filter_form.h"
+#include "forms/folderupload/folder_upload_form.h"
 #include "forms/main/main_form.h"
 #include "forms/transfer/transfer_form.h"
 #include "forms/viewer/viewer_form.h"

@@ -15,6 +15,7 @@ void MainForm::Wire() {
     connect(Command19, &QPushButton::clicked, this, &MainForm::Command19_Click);
     connect(Command1, &QPushButton::clicked, this, &MainForm::Command1_Click);
     connect(Command2, &QPushButton::clicked, this, &MainForm::Command2_Click);
+    connect(Command23, &QPushButton::clicked, this, &MainForm::Command23_Click);
     connect(avb, &QPushButton::clicked, this, &MainForm::avb_Click);
     WireComponent();
     WireServerPanel();
