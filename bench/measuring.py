@@ -5,10 +5,10 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 BIN = ROOT / "build/bench/bin"
 
 
-def build():
+def build(with_window):
     subprocess.run([ROOT / "tools/install", "build", "demo", "test", "bench", "servers"], check=True)
     subprocess.run(["cmake", "--preset", "bench"], cwd=ROOT, check=True, stdout=subprocess.DEVNULL)
-    targets = ["bench_client", "bench_link", "bench_serve", "bench_window", "websmide-ftp"]
+    targets = ["bench_client", "bench_link", "bench_serve", *(["bench_window", "websmide-ftp"] if with_window else [])]
     subprocess.run(["cmake", "--build", "--preset", "bench", "--target", *targets], cwd=ROOT, check=True,
                    stdout=subprocess.DEVNULL)
 

@@ -3,7 +3,7 @@
 Ours with N lanes has N connections and its main one, so it is compared twice: with peers on N connections and with
 lftp on N+1. A peer runs as it comes, and "tuned": with the settings of somebody who knows it and wants speed.
 """
-import contextlib, dataclasses, os, pathlib, shlex, shutil, statistics, subprocess, sys, tempfile
+import contextlib, dataclasses, multiprocessing.connection, os, pathlib, shlex, shutil, statistics, subprocess, sys, tempfile
 from collections.abc import Callable
 
 from measuring import BIN, Failure, Measured, interleaved, long_distance, server
@@ -11,7 +11,8 @@ from measuring import BIN, Failure, Measured, interleaved, long_distance, server
 SERVERS = ["vsftpd", "pure_ftpd", "proftpd"]
 DISTANCES = [0, 20, 50]  # ms of round trip; 0: loopback
 RATE = 100               # Mbit/s at a distance
-LIMIT = 900              # seconds after which a client counts as failed
+AT_ONCE = 8              # rows at a distance
+LIMIT = 1200             # seconds after which a client counts as failed
 OURS = "ours"
 MEMORY = "/dev/shm"     # where files and homes lie: the disk is nobody's merit
 
@@ -228,10 +229,8 @@ def worth(row, client):
     """Whether a client takes part without --all: what would say nothing new and take many minutes does not."""
     if row.tree.count > 1000 and not row.distance:
         return client.tuned and (client.name, client.connections) != ("curl", 1)  # it would wait for minutes, see PEERS
-    if row.tree.count > 1000:
-        return client.tuned and row.distance == 20 and client.connections == 8 and row.make == "vsftpd"
-    if row.distance >= 50:
-        return client.tuned and (client.connections > 1 or row.make == "vsftpd")
+    if row.tree.count > 1000 and row.distance >= 50:
+        return client.tuned and client.connections > 1
     return client.tuned or not row.distance or row.make == "vsftpd"
 
 
@@ -242,7 +241,8 @@ class Bench:
         self.section, self.clients, self.options = Section(report), clients, options
         self.prepare, self.arrived = prepare, arrived
 
-    def measure_row(self, row, taking_part):
+    def measure(self, row, taking_part):
+        """{client's number: [seconds, or None]} of the clients in turns, and remarks."""
         rounds = self.options.rounds or (1 if row.distance else 3)
         with tempfile.TemporaryDirectory(dir=MEMORY) as folder, reachable(row.make, row.distance) as (near, host, home):
             work = pathlib.Path(folder)
@@ -250,11 +250,11 @@ class Bench:
             row.tree.make(source)
             (work / "names").write_text("\n".join(sorted(contents(source))) + "\n")
             wanted = contents(source)
+            failed, remarks = set(), []
 
-            failed = set()
-
-            def measure(client):
-                if client in failed:
+            def measure(number):
+                client = self.clients[number]
+                if number in failed:
                     return None
                 local = self.prepare(home, source, work)
                 try:
@@ -263,31 +263,79 @@ class Bench:
                 except Failure as failure:
                     problem = str(failure)
                 if problem:
-                    failed.add(client)
-                    return self.fail(row, client, problem)
+                    failed.add(number)
+                    remarks.append(failure_of(row, client, problem))
+                    return None
                 print(f"    {row}, {client.name} [{client.connections}]: {wall:.2f} s", flush=True)
                 return wall
-            for client, walls in interleaved(taking_part, rounds, measure).items():
-                self.section.add(client, row, walls)
-
-    def fail(self, row, client, problem):
-        if client.name == OURS:
-            raise Failure(f"ours, {row}, {client.connections}: {problem}")
-        print(f"    {row}, {client.name} on {client.connections}: {problem}", flush=True)
-        said = [line for line in problem.splitlines() if line.strip()][-1]
-        self.section.remarks.append(f"Failed: {row}, {client.name} [{client.connections}]: {said[:160]}")
+            return interleaved(taking_part, rounds, measure), remarks
 
     def run(self, rows, wanted=worth):
+        """At a distance clients wait for the line and not for the machine, so several rows are measured at once."""
+        work = []
         for row in rows:
-            taking_part = [client for client in self.clients if self.options.all or wanted(row, client)]
-            if taking_part:
-                self.measure_row(row, taking_part)
+            for connections in sorted({client.connections for client in self.clients}):
+                taking_part = [number for number, client in enumerate(self.clients) if client.connections == connections
+                               and (self.options.all or wanted(row, client))]
+                if taking_part:
+                    work.append((row, taking_part))
+        near = [self.measure(*piece) for piece in work if not piece[0].distance]
+        far = at_once(AT_ONCE, [lambda piece=piece: self.measure(*piece) for piece in work if piece[0].distance])
+        for row, _ in work:
+            walls_of, remarks = (far if row.distance else near).pop(0)
+            self.section.remarks += remarks
+            for number, walls in walls_of.items():
+                self.section.add(self.clients[number], row, walls)
         self.section.tables(self.clients, cell)
+
+
+def failure_of(row, client, problem):
+    """What the report says of it; ours must not fail."""
+    if client.name == OURS:
+        raise Failure(f"ours, {row}, {client.connections}: {problem}")
+    print(f"    {row}, {client.name} on {client.connections}: {problem}", flush=True)
+    said = [line for line in problem.splitlines() if line.strip()][-1]
+    return f"Failed: {row}, {client.name} [{client.connections}]: {said[:160]}"
+
+
+def at_once(most, calls):
+    """The results of the calls in their order, each made in a process of its own."""
+    fork = multiprocessing.get_context("fork")
+    running, results, waiting = {}, [None] * len(calls), list(enumerate(calls))
+
+    def carry_out(call, pipe):
+        try:
+            pipe.send((call(), None))
+        except Failure as failure:
+            pipe.send((None, str(failure)))
+    try:
+        while waiting or running:
+            while waiting and len(running) < most:
+                number, call = waiting.pop(0)
+                ours, theirs = fork.Pipe(duplex=False)
+                process = fork.Process(target=carry_out, args=(call, theirs))
+                process.start()
+                theirs.close()
+                running[ours] = number, process
+            for pipe in multiprocessing.connection.wait(list(running)):
+                number, process = running.pop(pipe)
+                try:
+                    results[number], problem = pipe.recv()
+                except EOFError:
+                    problem = "a measurement ended without a result"
+                process.join()
+                if problem:
+                    raise Failure(problem)
+    finally:
+        for _, process in running.values():
+            process.terminate()
+            process.join()
+    return results
 
 
 HOW = ("At a distance: wall time of the whole process, login and goodbye included, in round trips for each file, on a line of "
        f"{RATE} Mbit/s; on loopback: milliseconds for all (and files per second). A client that failed or left anything out is "
-       "shown as failed. Files and home folders in memory, emptied before each client; what arrived was compared file by file. "
+       "shown as failed. Rows at a distance were measured several at a time. Files and home folders in memory, emptied before each client; what arrived was compared file by file. "
        "– was not run: it takes long and says nothing new (`--all` runs it).")
 PEERS = ("Tuned: lftp with `" + LFTP_TUNED.strip() + "`; ncftp with `" + " ".join(NCFTP_TUNED) + "`. "
          "curl is one process with a configuration file that names every file{curl}. ncftp has no more than one connection. "
@@ -344,7 +392,6 @@ def fetches(report, options):
     tree = Tree(60 if options.small else 1000, 1024, 0)
     rows = [Row(make, tree, distance) for distance in distances for make in makes]
     report.text(f"{tree}, all in one folder. Repeat with `bench/run fetches` (as root). " + rounds_text(options))
-    wanted = lambda row, client: worth(row, client) and (row.make == "vsftpd" or not row.distance or bool(options.servers))
-    Bench(report, downloads(), options, prepare, lambda _, local: local).run(rows, wanted)
+    Bench(report, downloads(), options, prepare, lambda _, local: local).run(rows)
     for text in (HOW, LANES, PEERS.format(curl="")):
         report.text(text)
