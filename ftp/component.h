@@ -90,7 +90,8 @@ class Component : public QObject {
 
     bool Busy() const { return busy_; }
     bool Connected() const { return connected_; }
-    /// Bytes of the running or last transfer as the server itself stated them, if it did.
+    /// Bytes of the running or last transfer as the server itself stated them, if it did; the ExpectedSize of
+    /// one that has been taken by a further connection.
     std::optional<std::int64_t> StatedSize() const { return stated_size_; }
 
  Q_SIGNALS:
@@ -116,13 +117,13 @@ class Component : public QObject {
     std::optional<std::int64_t> stated_size_;
 };
 
-/// While one lives, transfers follow one another and the line is kept full. The calls are the same and take
-/// effect on the server in their order, but more is on its way than the call that runs: steps from folder to
-/// folder leave together with what follows them, and small files (below 256 KiB) may go over further
-/// connections, where PutFile and GetFile return as soon as one has taken the file. What fails on the way
-/// raises Error when it fails, with the file's name; Progress counts a file as moved when it has been taken.
-/// The destructor returns when all is over, as an operation does. One at a time, and none inside an
-/// operation.
+/// While one lives, transfers follow one another and the line is kept full. The calls are the same and have
+/// the effect that they have one after the other, but more is on its way than the call that runs: steps from
+/// folder to folder leave together with what follows them, and small files (below 256 KiB) may go over
+/// further connections, where PutFile and GetFile return as soon as one has taken the file. Any other
+/// operation waits until these are done. What fails on the way raises Error when it fails, with the file's
+/// name; Progress counts a file as moved when it has been taken. The destructor returns when all is over, as
+/// an operation does. One at a time, and none inside an operation.
 class TransferRun {
  public:
     static constexpr int kLanes = 4;

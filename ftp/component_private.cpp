@@ -58,6 +58,7 @@ void Component::Private::Run(Operation operation, const QString& local_path) {
         Perform(std::move(operation));
         if (std::exchange(reset_wanted_, false)) Perform(Reset{});
     }
+    if (shut_down_) SetConnected(false);  // the worker may have been between two operations then
     SetBusy(false);
 }
 
@@ -148,6 +149,7 @@ bool Component::Private::event(QEvent* event) {
 }
 
 void Component::Private::timerEvent(QTimerEvent* event) {
+    const auto self = shared_from_this();  // between the calls of a run nobody else holds it
     if (event->timerId() == delivery_.timerId()) Deliver();
     if (event->timerId() == sampling_.timerId()) SampleProgress();
 }

@@ -5,6 +5,7 @@
 #include <asio/redirect_error.hpp>
 #include <asio/use_awaitable.hpp>
 #include <exception>
+#include <string_view>
 #include <utility>
 
 #include "ftp/engine/session/quit.h"
@@ -19,6 +20,10 @@ Task<> MoveFile(Session& session, const FileToMove& file) {
 }
 
 namespace {
+
+std::string_view LastName(std::string_view name) {
+    return name.substr(name.rfind('/') + 1);
+}
 
 /// Whether another connection may succeed with the file.
 bool IsWantOfLane(const Failure& failure) {
@@ -39,8 +44,13 @@ bool IsWantOfLane(const Failure& failure) {
 
 }  // namespace
 
+// By the last name alone: one of the two may not be absolute, and to wait in vain costs little.
+bool HaveOneTarget(const FileToMove& a, const FileToMove& b) {
+    return a.up ? b.up && LastName(a.remote) == LastName(b.remote) : !b.up && a.local_path == b.local_path;
+}
+
 struct Lanes::Lane : Events {
-    enum class State { Opening, Idle, Busy, Gone };
+    enum class State { Opening, Idle, Busy, Leaving };
 
     explicit Lane(Lanes& lanes)
         : events(lanes.events_),
@@ -65,6 +75,8 @@ struct Lanes::Lane : Events {
     std::unique_ptr<Transport> transport;
     Session session;
     State state = State::Opening;
+    FileToMove file;          // while Busy
+    bool called_off = false;  // so is the file
 };
 
 Lanes::Lanes(asio::any_io_executor executor, LocalFiles& files, const Deadlines& deadlines,
@@ -77,18 +89,17 @@ Lanes::Lanes(asio::any_io_executor executor, LocalFiles& files, const Deadlines&
 
 Lanes::~Lanes() = default;
 
-/// What gets out of a lane's coroutine is a fault of ours, and ends the lane.
+/// A lane stays in the list until nothing of it runs any more.
 template <class Coroutine>
 void Lanes::Spawn(const std::shared_ptr<Lane>& lane, Coroutine coroutine) {
     asio::co_spawn(executor_, std::move(coroutine), [this, lane](const std::exception_ptr& fault) {
         if (fault) lane->session.Forget();
-        if (!lane->Lives()) lane->state = Lane::State::Gone;
+        if (!lane->Lives()) std::erase(lanes_, lane);
         moved_.cancel();
     });
 }
 
 void Lanes::Open(std::size_t count, const HostAndPort& where, const Credentials& who, const Habits& habits) {
-    std::erase_if(lanes_, [](const auto& lane) { return lane->state == Lane::State::Gone; });
     for (; count > 0; --count) {
         lanes_.push_back(std::make_shared<Lane>(*this));
         Spawn(lanes_.back(), LogIn(lanes_.back(), where, who, habits));
@@ -111,15 +122,22 @@ bool Lanes::Ready() const {
     });
 }
 
+/// The server has closed some while they were idle.
+void Lanes::DropDead() {
+    std::erase_if(lanes_,
+                  [](const auto& lane) { return lane->state == Lane::State::Idle && !lane->Lives(); });
+}
+
 Task<> Lanes::Give(FileToMove file) {
     called_off_ = false;
     while (!called_off_) {
-        for (const auto& lane : lanes_)
-            if (lane->state == Lane::State::Idle && !lane->Lives()) lane->state = Lane::State::Gone;
+        DropDead();
         const auto idle = std::ranges::find(lanes_, Lane::State::Idle, &Lane::state);
         if (idle != lanes_.end()) {
             (*idle)->state = Lane::State::Busy;
-            Spawn(*idle, Carry(*idle, std::move(file)));
+            (*idle)->file = std::move(file);
+            (*idle)->called_off = false;
+            Spawn(*idle, Carry(*idle));
             co_return Result<>{};
         }
         if (!Ready()) co_return Fail(FailureKind::NotConnected);
@@ -128,17 +146,32 @@ Task<> Lanes::Give(FileToMove file) {
     co_return Fail(FailureKind::Cancelled);
 }
 
-asio::awaitable<void> Lanes::Carry(std::shared_ptr<Lane> lane, FileToMove file) {
-    const auto outcome = co_await MoveFile(lane->session, file);
+/// What gets out of a transfer is a fault of ours, and ends the lane.
+asio::awaitable<void> Lanes::Carry(std::shared_ptr<Lane> lane) {
+    Result<> outcome = Fail(FailureKind::Cancelled);
+    try {
+        if (!lane->called_off) outcome = co_await MoveFile(lane->session, lane->file);
+    } catch (const std::exception& fault) {
+        lane->session.Forget();
+        outcome = Fail(FailureKind::Protocol, fault.what());
+    }
     if (!outcome && IsWantOfLane(outcome.error())) {
-        returned_.push_back(std::move(file));
+        returned_.push_back(std::move(lane->file));
     } else if (!outcome) {
-        events_.LaneFailed(file, outcome.error());
+        events_.LaneFailed(lane->file, outcome.error());
     }
     lane->state = Lane::State::Idle;
 }
 
+asio::awaitable<void> Lanes::AwaitTarget(const FileToMove& file) {
+    const auto writes_there = [&file](const auto& lane) {
+        return lane->state == Lane::State::Busy && HaveOneTarget(lane->file, file);
+    };
+    while (std::ranges::any_of(lanes_, writes_there)) co_await Moved();
+}
+
 asio::awaitable<void> Lanes::Rest() {
+    DropDead();
     while (std::ranges::count(lanes_, Lane::State::Busy, &Lane::state) > 0) co_await Moved();
 }
 
@@ -154,7 +187,10 @@ std::vector<FileToMove> Lanes::TakeReturned() {
 
 void Lanes::Abort() {
     called_off_ = true;
-    for (const auto& lane : lanes_) lane->session.AbortTransfer();
+    for (const auto& lane : lanes_) {
+        lane->called_off = true;
+        lane->session.AbortTransfer();
+    }
     moved_.cancel();
 }
 
@@ -165,12 +201,19 @@ void Lanes::Drop() {
 }
 
 void Lanes::End() {
+    DropDead();
     for (const auto& lane : lanes_) {
         if (lane->state == Lane::State::Opening) lane->session.Drop();
         if (lane->state != Lane::State::Idle) continue;
-        lane->state = Lane::State::Gone;
+        lane->state = Lane::State::Leaving;
         Spawn(lane, QuitSession(lane->session));
     }
+}
+
+asio::awaitable<void> Lanes::Leave() {
+    co_await Rest();
+    End();
+    while (!lanes_.empty()) co_await Moved();
 }
 
 }  // namespace ftp

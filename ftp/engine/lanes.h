@@ -21,6 +21,9 @@ struct FileToMove {
     TransferMode mode;
 };
 
+/// Whether the one would write where the other writes.
+bool HaveOneTarget(const FileToMove& a, const FileToMove& b);
+
 /// Sends or fetches the file over the session.
 Task<> MoveFile(Session& session, const FileToMove& file);
 
@@ -49,6 +52,8 @@ class Lanes {
     /// Ends when a lane has taken the file. NotConnected when there is none any more, Cancelled after Abort
     /// or Drop.
     Task<> Give(FileToMove file);
+    /// Ends when no lane has a file with the same target any more.
+    asio::awaitable<void> AwaitTarget(const FileToMove& file);
     /// Ends when no lane has a file any more.
     asio::awaitable<void> Rest();
     /// The files so far that failed for want of a lane: its connection broke, or the server would not let it
@@ -59,18 +64,22 @@ class Lanes {
     void Abort();
     /// Closes everything at once.
     void Drop();
-    /// Says goodbye on all lanes, which are gone then; returns at once.
+    /// Says goodbye on all lanes and returns at once.
     void End();
+    /// When they rest, says goodbye on all lanes; ends when they are gone.
+    asio::awaitable<void> Leave();
+    bool None() const { return lanes_.empty(); }
 
  private:
     struct Lane;
 
     static asio::awaitable<void> LogIn(std::shared_ptr<Lane> lane, HostAndPort where, Credentials who,
                                        Habits habits);
-    asio::awaitable<void> Carry(std::shared_ptr<Lane> lane, FileToMove file);
+    asio::awaitable<void> Carry(std::shared_ptr<Lane> lane);
     template <class Coroutine>
     void Spawn(const std::shared_ptr<Lane>& lane, Coroutine coroutine);
     asio::awaitable<void> Moved();
+    void DropDead();
 
     asio::any_io_executor executor_;
     LocalFiles& files_;

@@ -73,6 +73,7 @@ class Worker::Core : private Events, private LaneEvents {
     void Start(Request request) { asio::co_spawn(io_, Carry(std::move(request)), asio::detached); }
 
     void AbortTransfer() {
+        abort_wanted_ = true;
         session_.AbortTransfer();
         lanes_.Abort();
         room_.cancel();
@@ -81,6 +82,11 @@ class Worker::Core : private Events, private LaneEvents {
         session_.Drop();
         lanes_.Drop();
         room_.cancel();
+        if (carrying_) return;  // what runs ends by itself, and tells
+        session_.Forget();
+        session_.dropped = closing_;
+        request_ = 0;
+        TellWhetherConnected();
     }
     void BatchTaken() {
         --batches_;
@@ -92,19 +98,22 @@ class Worker::Core : private Events, private LaneEvents {
     /// ours.
     asio::awaitable<void> Carry(Request request) {
         request_ = request.id;
+        carrying_ = true;
         is_listing_ = std::holds_alternative<List>(request.operation);
         session_.dropped = closing_;
+        abort_wanted_ = aside_ = false;
         Result<> outcome;
         try {
             outcome = co_await CarryOut(std::move(request));
         } catch (const std::exception& fault) {
-            session_.Forget();
+            LeaveServer();
+            session_.in_run = false;
             outcome = Fail(FailureKind::Protocol, fault.what());
         }
         if (session_.control && !session_.control->Open()) session_.Forget();
         TellWhetherConnected();
         if (!outcome) Trouble(outcome.error());
-        session_.dropped = false;
+        session_.dropped = carrying_ = false;
         Tell(Finished{});
     }
 
@@ -133,11 +142,17 @@ class Worker::Core : private Events, private LaneEvents {
             co_return co_await Move(std::move(file), size);
         }
         if (const auto* run = std::get_if<ftp::BeginRun>(&operation)) co_return BeginRun(run->lanes);
-        if (std::holds_alternative<ftp::EndRun>(operation)) co_return co_await EndRun();
-        if (std::holds_alternative<Quit>(operation)) co_await QuitSession(session_);
-        if (std::holds_alternative<Reset>(operation)) session_.Forget();
-        const auto caught_up = co_await session_.CatchUp();
-        if (!caught_up) co_return caught_up;
+        if (std::holds_alternative<Reset>(operation)) {
+            LeaveServer();
+            co_return Result<>{};
+        }
+        const auto settled = co_await Settle();
+        if (std::holds_alternative<ftp::EndRun>(operation)) EndRun();
+        if (std::holds_alternative<Quit>(operation)) {
+            co_await QuitSession(session_);
+            LeaveServer();
+        }
+        if (!settled) co_return settled;
 
         if (std::holds_alternative<List>(operation)) co_return co_await ListDirectory(session_, mode);
         if (auto* remove = std::get_if<RemoveDirectory>(&operation)) {
@@ -155,7 +170,7 @@ class Worker::Core : private Events, private LaneEvents {
     asio::awaitable<Result<>> Connect(ftp::Connect connect) {
         auto where = ParseHostField(connect.host_field);
         if (!where) co_return Fail(where.error());
-        session_.Forget();
+        LeaveServer();
         port_ = where->port;
         who_ = {std::move(connect.user), std::move(connect.password), std::move(connect.account)};
         co_return co_await Login(session_, std::move(*where), who_);
@@ -169,19 +184,37 @@ class Worker::Core : private Events, private LaneEvents {
         return {};
     }
 
-    asio::awaitable<Result<>> EndRun() {
+    void EndRun() {
+        lanes_.End();
+        session_.in_run = false;
+        session_.directory.reset();
+    }
+
+    /// What a run has taken on comes to its end.
+    asio::awaitable<Result<>> Settle() {
         const auto caught_up = co_await session_.CatchUp();
         co_await lanes_.Rest();
         co_await SendReturned();
-        lanes_.End();
-        session_.in_run = false;
-        session_.next_port.reset();
-        session_.directory.reset();
+        session_.next_port.reset();  // is for a file; anything else would not know how to do without
         co_return caught_up;
     }
 
-    /// Over a lane where the file is small and one may be had, else over the session itself.
+    /// Forgets the server and closes all connections to it.
+    void LeaveServer() {
+        session_.Forget();
+        lanes_.Drop();
+        lanes_.TakeReturned();
+        lanes_opened_ = false;
+        who_ = {};
+    }
+
+    bool CalledOff() const { return abort_wanted_ || session_.dropped; }
+
+    /// Over a lane where the file is small and one may be had, else over the session itself. Nothing is
+    /// written to where another file is still being written.
     asio::awaitable<Result<>> Move(FileToMove file, std::optional<std::int64_t> size) {
+        bytes_->store(0, std::memory_order_relaxed);
+        co_await lanes_.AwaitTarget(file);
         co_await SendReturned();
         if (session_.in_run && size && *size < kLarge && LanesAreReady()) {
             const auto given = co_await Give(file);
@@ -193,6 +226,18 @@ class Worker::Core : private Events, private LaneEvents {
         }
         const auto caught_up = co_await session_.CatchUp();
         if (!caught_up) co_return caught_up;
+        if (CalledOff()) co_return Fail(FailureKind::Cancelled);
+        co_return co_await MoveOverSession(file);
+    }
+
+    /// Where a server that counts its connections has none left for the data, the lanes make room.
+    asio::awaitable<Result<>> MoveOverSession(const FileToMove& file) {
+        auto outcome = co_await MoveFile(session_, file);
+        const bool crowded =
+            !outcome && outcome.error().kind == FailureKind::Refused && outcome.error().code == 425;
+        if (!crowded || CalledOff() || lanes_.None()) co_return outcome;
+        lanes_wanted_ = 0;
+        co_await lanes_.Leave();
         co_return co_await MoveFile(session_, file);
     }
 
@@ -214,17 +259,22 @@ class Worker::Core : private Events, private LaneEvents {
         }
         const auto directory = co_await CurrentDirectory(session_);
         if (!directory) co_return Fail(directory.error());
+        if (CalledOff()) co_return Fail(FailureKind::Cancelled);
         if (directory->empty()) co_return Fail(FailureKind::NotConnected);
+        session_.next_port.reset();  // the server may give it to a lane
         file.remote = Below(*directory, file.remote);
         co_return co_await lanes_.Give(std::move(file));
     }
 
-    /// What has failed for want of a lane goes over the session itself.
+    /// What has failed for want of a lane goes over the session itself, behind the back of the request.
     asio::awaitable<void> SendReturned() {
+        aside_ = true;
         for (const FileToMove& file : lanes_.TakeReturned()) {
-            const auto outcome = co_await MoveFile(session_, file);
+            Result<> outcome = Fail(FailureKind::Cancelled);
+            if (!CalledOff()) outcome = co_await MoveOverSession(file);
             if (!outcome) LaneFailed(file, outcome.error());
         }
+        aside_ = false;
     }
 
     std::optional<std::int64_t> SizeOf(const std::string& path) {
@@ -249,9 +299,11 @@ class Worker::Core : private Events, private LaneEvents {
     }
     void Received(const std::string& line) override { Tell(ReplyLine{line}); }
     void TransferStarted(std::optional<std::int64_t> size) override {
-        if (!is_listing_) Tell(ftp::TransferStarted{size});
+        if (!is_listing_ && !aside_) Tell(ftp::TransferStarted{size});
     }
-    void Moved(std::int64_t bytes) override { bytes_->store(bytes, std::memory_order_relaxed); }
+    void Moved(std::int64_t bytes) override {
+        if (!aside_) bytes_->store(bytes, std::memory_order_relaxed);
+    }
     void Trouble(const Failure& failure) override { Tell(Problem{failure}); }
 
     void LaneSent(const std::string& line) override { sink_({0, CommandSent{line}}); }
@@ -286,8 +338,11 @@ class Worker::Core : private Events, private LaneEvents {
     std::size_t lanes_wanted_ = 0;
     bool lanes_opened_ = false;
     int small_files_ = 0;  // of the run
+    bool aside_ = false;   // what moves is not the request's own file
+    bool abort_wanted_ = false;
     std::uint64_t request_ = 0;
     int batches_ = 0;
+    bool carrying_ = false;
     bool is_listing_ = false;
     bool connected_ = false;
     bool closing_ = false;

@@ -3,8 +3,9 @@
 //
 // Requests go in, notifications come out in the order of the wire; `Finished` is always the last of a
 // request. In a run, files may still be on their way over other connections when their request has finished;
-// what these tell belongs to no request (0) and comes before the `Finished` of EndRun. Names are bytes as the
-// server knows them; local paths are native paths. Nothing here throws.
+// what these tell belongs to no request (0) and comes before the `Finished` of EndRun. The end of a session
+// that is dropped while no operation runs belongs to none either. Names are bytes as the server knows them;
+// local paths are native paths. Nothing here throws.
 
 #include <atomic>
 #include <cstdint>

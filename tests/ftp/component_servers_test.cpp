@@ -296,6 +296,7 @@ TEST_P(ComponentAtServer, RaisesWhatIsRefusedInARun) {
 
 TEST_P(ComponentAtServer, AbortsWhatARunHasUnderWay) {
     Write(Local("a"), Pattern(200'000));
+    std::size_t cancelled = 0;
     for (int at = 1; at <= 8; ++at) {
         errors.clear();
         int stores = 0;
@@ -309,10 +310,12 @@ TEST_P(ComponentAtServer, AbortsWhatARunHasUnderWay) {
         }
         QObject::disconnect(counting);
         for (const auto& [number, text] : errors) EXPECT_EQ(number, 10004) << text;
+        cancelled += errors.size();
         EXPECT_TRUE(component->Connected());
         Put(Local("a"), "after");
         EXPECT_TRUE(server->ReadFile("after") == Pattern(200'000).toStdString());
     }
+    EXPECT_GT(cancelled, 0U);
 }
 
 TEST_P(ComponentAtServer, ShutsDownInTheMiddleOfARun) {
@@ -339,6 +342,23 @@ TEST_P(ComponentAtServer, MayBeDestroyedInTheMiddleOfARun) {
         const TransferRun run(*component);
         for (int i = 0; i < 8 && component; ++i) Put(Local("a"), qPrintable(Numbered(i)));
     }
+}
+
+TEST_P(ComponentAtServer, MayBeDestroyedBetweenTheCallsOfARun) {
+    Write(Local("a"), "bytes");
+    const TransferRun run(*component);
+    bool between = false;
+    QObject::connect(component.get(), &Component::Debug, [&] {
+        if (between) component.reset();
+    });
+    for (int i = 0; component && i < 500; ++i) {
+        Put(Local("a"), qPrintable(Numbered(i)));
+        between = true;
+        for (const QDeadlineTimer soon(20); component && !soon.hasExpired();)
+            QCoreApplication::processEvents();
+        between = false;
+    }
+    EXPECT_FALSE(component) << "nothing was told between two calls";
 }
 
 TEST_P(ComponentAtServer, KeepsTheBytesOfLegacyNames) {

@@ -44,6 +44,7 @@ Result<Commands> MakeCommands(const Credentials& who) {
 }
 
 Task<> Connect(Session& session, HostAndPort where) {
+    if (session.dropped) co_return Fail(FailureKind::Cancelled);
     const Deadline deadline(session.transport.Executor(), session.deadlines.connect,
                             [&session] { session.transport.CancelConnect(); });
     auto stream = co_await session.transport.ConnectControl(std::move(where));

@@ -92,11 +92,12 @@ Task<> Transfer::SendCommands(std::vector<Command> commands) {
     co_return Result<>{};
 }
 
-/// A server that does at once whatever it finds gets the data connection when it has begun to wait for it:
-/// one that came before might be taken for that of a transfer which was given up.
+/// A server that does at once whatever it finds gets the data connection when it has begun to wait for it, or
+/// does not say so in time: one that came before might be taken for that of a transfer which was given up.
 Task<> Transfer::AwaitBegin() {
     while (!taken_.Begun()) {
-        const auto reply = co_await session_.control->Receive(session_.deadlines.reply);
+        const auto reply = co_await session_.control->Receive(session_.deadlines.ahead);
+        if (!reply && reply.error().kind == FailureKind::TimedOut) break;
         if (!reply) co_return Fail(reply.error());
         taken_.Take(*reply);
         if (taken_.Final()) co_return Fail(RefusalOf(*taken_.Final()));
@@ -170,7 +171,8 @@ Task<> Transfer::AskAhead(const std::string& size_of) {
     if (!ask_port) co_return Result<>{};
     port_ = PortOf(*reply);
     if (port_) co_return Result<>{};
-    refuses_port = true;  // for the rest of the session
+    if (reply->code / 100 == 4) co_return Fail(RefusalOf(*reply));  // not now, but it knows how
+    refuses_port = true;                                            // for the rest of the session
     const std::string size_is_known;
     co_return co_await AskAhead(size_is_known);
 }
@@ -306,6 +308,7 @@ Task<> Transfer::AwaitFinal() {
         if (late && !unclear) session_.control->Close();
         if (!late || !unclear) co_return Fail(reply.error());
         taken_.Close();
+        swallowed_ = true;
     }
     co_return Result<>{};
 }
@@ -313,8 +316,9 @@ Task<> Transfer::AwaitFinal() {
 /// The port for the next transfer, which was asked for together with this one. The transfer itself is over,
 /// so nothing that goes wrong here is its failure.
 asio::awaitable<void> Transfer::AwaitNextPort() {
+    const auto limit = swallowed_ ? std::chrono::milliseconds(0) : session_.deadlines.ahead;
     while (taken_.PortDue()) {
-        const auto reply = co_await session_.control->Receive(session_.deadlines.ahead);
+        const auto reply = co_await session_.control->Receive(limit);
         if (reply) {
             taken_.Take(*reply);
             continue;

@@ -85,6 +85,7 @@ class Transfer {
     bool ahead_ = false;               // its port was asked for ahead, or the next one's is
     bool refused_ = false;             // the server has said no, or it has gone
     bool overtaken_ = false;           // the server does what stands behind the transfer command at once
+    bool swallowed_ = false;           // the question for the next port will not be answered
     bool aborted_ = false;             // by the user
     bool ending_ = false;              // there is nothing left to abort
 };

@@ -11,6 +11,12 @@ bool OpensPort(const Reply& reply) {
     return reply.code == 227 || reply.code == 229;
 }
 
+/// What only a transfer that has begun can end with.
+bool BreaksOff(const Reply& reply) {
+    return reply.code == 425 || reply.code == 426 || reply.code == 451 || reply.code == 452 ||
+           (reply.code >= 550 && reply.code <= 553);
+}
+
 }  // namespace
 
 void TransferReplies::Expect(bool size, bool port) {
@@ -30,7 +36,7 @@ void TransferReplies::Take(const Reply& reply) {
         size_due_ = false;
         size_ = reply;
     } else if (final_) {
-        if (port_due_) SetPort(reply);
+        if (port_due_ && (OpensPort(reply) || reply.Refused())) SetPort(reply);
     } else if (!port_due_) {
         final_ = reply;
     } else if (unclear_) {
@@ -44,7 +50,7 @@ void TransferReplies::TakeFirstOfTwo(const Reply& reply) {
     if (OpensPort(reply)) {
         overtaken_ = true;
         SetPort(reply);
-    } else if (reply.Refused()) {
+    } else if (reply.Refused() && !(begun_ && BreaksOff(reply))) {
         unclear_ = reply;
     } else {
         final_ = reply;

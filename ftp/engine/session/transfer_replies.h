@@ -16,7 +16,7 @@ class TransferReplies {
     void Expect(bool size, bool port);
     /// One reply, in the order of their arrival. What nobody has asked for is passed over.
     void Take(const Reply& reply);
-    /// Nothing more will come: a refusal that might have meant either was the transfer's.
+    /// A refusal that might have meant either was the transfer's, since nothing has followed it.
     void Close();
 
     bool Begun() const { return begun_; }  // a 1xx has come

@@ -59,7 +59,7 @@ void WorkerClient::Hear(ftp::Notification notification) {
 }
 
 void WorkerClient::HearAside(const ftp::Notification& notification) {
-    EXPECT_TRUE(in_run_);
+    EXPECT_TRUE(in_run_ || std::holds_alternative<ftp::SessionChanged>(notification.what));
     if (const auto* command = std::get_if<ftp::CommandSent>(&notification.what))
         aside_.trace.push_back("> " + command->line);
     if (const auto* reply = std::get_if<ftp::ReplyLine>(&notification.what))

@@ -101,6 +101,18 @@ TEST_F(RunTest, PortThatWasGivenUpMeanwhileIsAskedForAgain) {
     ExpectOneAtATime();
 }
 
+TEST_F(RunTest, PortThatIsRefusedForNowIsNotRefusedForGood) {
+    Play(Steps{Connects(), Reply("220 Welcome"), Command("TYPE I"), Reply("200 Image"), Command("EPSV"),
+               Reply("425 Too many connections")} +
+         kAgain + Steps{Command("EPSV")} + kTaken + kDone + Steps{Reply("229 Next (|||5002|)")});
+    const auto refused = Store();
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error(), (ftp::Failure{FailureKind::Refused, 425, "Too many connections"}));
+    EXPECT_TRUE(Store());
+    EXPECT_FALSE(stage->session.habits.refuses_epsv);
+    EXPECT_TRUE(stage->script.Completed());
+}
+
 TEST_F(RunTest, SwallowedQuestionIsGivenUpInTime) {
     Play(kBegin + kAhead + kTaken + kDone + Steps{Command("NOOP"), Reply("200 Fine")} + kAgain + kTaken +
          kDone);
