@@ -3,14 +3,8 @@
 #include <QCoreApplication>
 
 namespace app {
-namespace {
-
-constexpr qint64 kLongestStep = 20;  // milliseconds
-
-}  // namespace
-
 void LongWork::Yield() {
-    if (since_yield_.elapsed() < kLongestStep) return;
+    if (since_yield_.elapsed() < longest_step) return;
     QCoreApplication::processEvents();
     since_yield_.start();
 }

@@ -16,6 +16,9 @@ class LongWork {
     /// Call after each step: lets events through when some milliseconds have passed since it last did.
     void Yield();
 
+    /// Milliseconds; tests that act in the middle of a loop set it to 0.
+    static inline int longest_step = 20;
+
  private:
     const ftp::OperationGate gate_;
     QElapsedTimer since_yield_;

@@ -1,5 +1,7 @@
 #include "forms/folderupload/folder_rules.h"
 
+#include <algorithm>
+
 #include "toolkit/conversions.h"
 
 namespace forms {
@@ -47,7 +49,7 @@ QString FolderNameOf(QString& path) {
 
 int ClimbLines(QString previous, QString folder) {
     const QString parent = ParentFolderOf(folder);
-    if (ParentFolderOf(previous) == parent) return FolderNameOf(previous) == FolderNameOf(folder) ? 0 : 1;
+    if (ParentFolderOf(previous) == parent) return previous == folder ? 0 : 1;
     for (int ClimbLevel = 0; ClimbLevel <= kHighestClimbLevel; ++ClimbLevel) {
         previous = ParentFolderOf(previous);
         if (previous == parent) return ClimbLevel + 1;

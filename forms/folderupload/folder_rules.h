@@ -8,6 +8,8 @@
 
 namespace forms {
 
+inline constexpr qsizetype kLengthOfRoot = 3;  // "C:\"
+
 /// "c:\webb\" for "C:\Webb\Bilder": everything before the last name, in lower case; empty for a drive's root.
 /// A separator at the end of `path` is taken away, in the caller's variable too.
 QString ParentFolderOf(QString& path);
@@ -15,7 +17,8 @@ QString ParentFolderOf(QString& path);
 QString FolderNameOf(QString& path);
 
 /// How many steps up lead from `previous`, which the walk has visited last, to where `folder` is made: none
-/// into a child, one to a sibling, at most four. A branch that ends deeper has no way back: the next folder
+/// into a child, one to a sibling (also one whose name differs only by case: the server has one folder for
+/// both), at most four. A branch that ends deeper has no way back: the next folder
 /// is made inside it.
 int ClimbLines(QString previous, QString folder);
 

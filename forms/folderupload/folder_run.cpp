@@ -65,11 +65,13 @@ void fmRekurs::Command1_Click() {
         QCoreApplication::processEvents();
     }
     {
+        sending_ = true;
         const ftp::TransferRun run(main_.Ftp1);
         int depth = 0;
         for (int row = 0; row < jobs_.Count() && isVisible(); ++row) depth += Perform(row);
         for (; depth > 0; --depth) main_.Ftp1.ChangeToParent();
     }
+    sending_ = false;
     if (!main_.window.isVisible()) return;
     RefreshServerPanel();
     if (isVisible())

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <algorithm>
+#include <utility>
 
 #include "app/shared/ftpglob.h"
 #include "app/shared/window_routines.h"
@@ -11,12 +12,24 @@
 namespace forms {
 namespace {
 
-constexpr qsizetype kLengthOfRoot = 3;
 constexpr int kFilesBetweenYields = 100;
 constexpr std::size_t kOverwritesTold = 20;
 
 QString LastName(const QString& path) {
     return path.mid(path.lastIndexOf(u'\\') + 1);
+}
+
+/// From the drive's root down to the folder's parent.
+std::vector<platform::FolderIdentity> IdentitiesAbove(const QString& folder) {
+    std::vector<platform::FolderIdentity> identities;
+    for (qsizetype end = 0; (end = folder.indexOf(u'\\', end + 1)) >= 0;)
+        identities.push_back(platform::IdentityOf(folder.left(std::max(end, kLengthOfRoot)))
+                                 .value_or(platform::FolderIdentity()));
+    return identities;
+}
+
+QString Count(int number) {
+    return QString::number(number) + QStringLiteral(" st");
 }
 
 }  // namespace
@@ -40,16 +53,17 @@ void fmRekurs::StartScan() {
     scan_ = &work;
     jobs_.Lines().Hold();
     jobs_.Clear();
-    hidden_ = 0;
+    hidden_files_ = hidden_folders_ = 0;
     StopScan_ = 0;
     QCoreApplication::processEvents();
     const QString root = ChosenFolder_.size() == kLengthOfRoot ? ChosenFolder_ : ChosenFolder_.chopped(1);
+    inside_ = IdentitiesAbove(root);
     if (StopScan_ == 0 && !Enter(root)) EndWalk(root);
     StopScan_ = 1;
     jobs_.Lines().Publish();
     ShowStatistics();
     scan_ = nullptr;
-    if (isVisible()) TellWhatIsLeftOut();
+    if (isVisible()) TellOfTheScan();
 }
 
 // Where Dir1 is there already, no event comes.
@@ -98,7 +112,7 @@ bool fmRekurs::AddFiles() {
     for (const platform::FolderEntry& file : *entries) {
         if (!file.plain || !platform::MatchesPattern(file.name, FileMask_)) continue;
         if (file.name.startsWith(u'.')) {
-            ++hidden_;
+            ++hidden_files_;
             continue;
         }
         jobs_.AddFile(FolderPathWithSlash_, file.name);
@@ -108,11 +122,15 @@ bool fmRekurs::AddFiles() {
     return true;
 }
 
-// Dir1 moves on during the walk, so what it lists is read first.
+// Dir1 moves on during the walk, so what it lists is read first. The line of a folder that cannot be read is
+// the one that EndWalk takes away.
 void fmRekurs::WalkSubfolders(const QString& folder) {
     for (const QString& subfolder : SubfoldersOf(folder)) {
         if (!Yield()) return;
-        if (!Enter(subfolder)) return EndWalk(subfolder);
+        if (LastName(subfolder).startsWith(u'.')) ++hidden_folders_;
+        if (Enter(subfolder)) continue;
+        AddFolderLines(subfolder);
+        return EndWalk(subfolder);
     }
 }
 
@@ -123,7 +141,8 @@ QStringList fmRekurs::SubfoldersOf(const QString& folder) const {
     return subfolders;
 }
 
-// A link to a folder that the walk is in would be walked for ever.
+// A link to a folder that the walk is in would be walked for ever, and one to a folder above the chosen one
+// would send what was not chosen.
 bool fmRekurs::LeadsBack(const QString& folder, const platform::FolderIdentity& identity) {
     if (std::ranges::find(inside_, identity) == inside_.end()) return false;
     main_.Trace(QStringLiteral("Länken leder tillbaka och togs inte med: ") + folder);
@@ -144,18 +163,27 @@ void fmRekurs::EndWalk(const QString& unreadable) {
     main_.Trace(QStringLiteral("Mappen kan inte läsas, resten togs inte med: ") + unreadable);
 }
 
-void fmRekurs::TellWhatIsLeftOut() {
-    if (hidden_ > 0)
-        main_.Trace(QStringLiteral("Dolda filer togs inte med: ") + QString::number(hidden_) +
-                    QStringLiteral(" st"));
+// The same tree is scanned again and again: with each box that is ticked, and before it is sent.
+void fmRekurs::TellOfTheScan() {
+    QStringList words = WordsOfTheScan();
+    if (words == told_) return;
+    for (const QString& line : words) main_.Trace(line);
+    told_ = std::move(words);
+}
+
+QStringList fmRekurs::WordsOfTheScan() const {
+    QStringList words;
+    if (hidden_files_ > 0) words.append(QStringLiteral("Dolda filer togs inte med: ") + Count(hidden_files_));
+    if (hidden_folders_ > 0) words.append(QStringLiteral("Dolda mappar togs med: ") + Count(hidden_folders_));
     const auto& overwrites = jobs_.Overwrites();
     const std::size_t told = std::min(overwrites.size(), kOverwritesTold);
     for (std::size_t i = 0; i < told; ++i)
-        main_.Trace(jobs_.SourceOf(overwrites[i].earlier) + QStringLiteral(" skrivs över på servern av ") +
-                    jobs_.SourceOf(overwrites[i].later));
+        words.append(jobs_.SourceOf(overwrites[i].earlier) + QStringLiteral(" skrivs över på servern av ") +
+                     jobs_.SourceOf(overwrites[i].later));
     if (told < overwrites.size())
-        main_.Trace(QStringLiteral("Ytterligare filer som skrivs över på servern: ") +
-                    QString::number(overwrites.size() - told) + QStringLiteral(" st"));
+        words.append(QStringLiteral("Ytterligare filer som skrivs över på servern: ") +
+                     Count(static_cast<int>(overwrites.size() - told)));
+    return words;
 }
 
 }  // namespace forms

@@ -2,16 +2,13 @@
 
 #include <QCloseEvent>
 #include <QLineEdit>
+#include <algorithm>
 
 #include "app/shared/ftpglob.h"
+#include "ftp/operation_gate.h"
 #include "toolkit/fonts.h"
 
 namespace forms {
-namespace {
-
-constexpr qsizetype kLengthOfRoot = 3;
-
-}  // namespace
 
 fmRekurs::fmRekurs(const FolderUploadHost& main) : OwnedDialog(main.window), main_(main) {
     setupUi(this);
@@ -23,6 +20,7 @@ fmRekurs::fmRekurs(const FolderUploadHost& main) : OwnedDialog(main.window), mai
     l4->setMinimumWidth(std::max(font.horizontalAdvance(QStringLiteral("1234 567 890 KB")),
                                  font.horizontalAdvance(QStringLiteral("1000 tim. 00 min."))));
     FileMask_ = Combo1->currentText();
+    ftp::OperationGate::AllowWhileBusy(Command2);  // ends a scan
     Wire();
 }
 
@@ -54,14 +52,16 @@ void fmRekurs::Form_Load() {
 // A run that is under way ends by itself, in good order.
 void fmRekurs::done(int result) {
     StopScan_ = 1;
-    if (app::Globals().FolderUploadRunning) main_.Ftp1.AbortTransfer();
+    if (sending_) main_.Ftp1.AbortTransfer();
     OwnedDialog::done(result);
 }
 
-// While the favourites lie over it, the dialog is not the user's to close.
+// The program may close the dialog at any time. The user is asked before a run is ended, and cannot close it
+// below the favourites.
 void fmRekurs::closeEvent(QCloseEvent* event) {
+    const bool by_user = event->spontaneous();
     const bool covered = !isEnabled() && !app::Globals().FolderUploadRunning;
-    if (covered && event->spontaneous())
+    if (by_user && (covered || (sending_ && !main_.UserWantsToAbort(*this))))
         event->ignore();
     else
         OwnedDialog::closeEvent(event);

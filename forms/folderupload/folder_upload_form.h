@@ -33,6 +33,7 @@ struct FolderUploadHost {
     std::function<void()> ClearServerLists;
     std::function<void()> BuildServerList;
     std::function<void(const QString& line)> Trace;
+    std::function<bool(QWidget& parent)> UserWantsToAbort;
     /// Opens the favourite folders over `window`; the chosen one goes into the two lists.
     std::function<void(QWidget& window, toolkit::DriveListBox& Drive1, toolkit::DirListBox& Dir2)>
         OpenFavourites;
@@ -40,9 +41,9 @@ struct FolderUploadHost {
 
 /// A folder is opened in `Dir2` to choose it. A scan walks it and makes the job list, one line a step; the
 /// run carries the lines out against the server. Both are over when the handler returns, and let events
-/// through meanwhile. Closing the dialog stops a scan where it is; a run ends with the step that is under
-/// way, and the server comes back to the directory where it began. After the component's shutdown nothing of
-/// the main window is touched any more.
+/// through meanwhile. Closing the dialog stops a scan where it is; a run ends with the files that are under
+/// way, and the server comes back to the directory where it began. After the component's shutdown no list
+/// and no strip of the main window is changed any more.
 class fmRekurs : public app::OwnedDialog, private Ui::fmRekurs {
     Q_OBJECT
  public:
@@ -81,7 +82,8 @@ class fmRekurs : public app::OwnedDialog, private Ui::fmRekurs {
     bool LeadsBack(const QString& folder, const platform::FolderIdentity& identity);
     bool Yield();  // false when the walk is to end
     void EndWalk(const QString& unreadable);
-    void TellWhatIsLeftOut();
+    void TellOfTheScan();
+    QStringList WordsOfTheScan() const;
     // folder_run.cpp
     void Command3_Click();
     void Command1_Click();
@@ -102,7 +104,9 @@ class fmRekurs : public app::OwnedDialog, private Ui::fmRekurs {
     app::LongWork* scan_ = nullptr;                 // while one runs
     QString entering_;                              // the folder that Dir1 is being set to
     std::vector<platform::FolderIdentity> inside_;  // the folders from the chosen one down
-    int hidden_ = 0;                                // files left out
+    int hidden_files_ = 0, hidden_folders_ = 0;     // the files are left out
+    QStringList told_;                              // of the last scan
+    bool sending_ = false;
 };
 
 }  // namespace forms

@@ -100,7 +100,9 @@ void MainForm::ShowTransferWindow(const std::vector<Upload>& uploads) {
     transfer_->Form_Load();
 }
 
+// The button is still enabled afterwards: who has come by its letter has somewhere to come back to.
 void MainForm::Command23_Click() {
+    Command23->setFocus();
     folder_upload_ = std::make_unique<fmRekurs>(FolderUploadHost{
         .window = *this,
         .Ftp1 = *Ftp1,
@@ -117,6 +119,7 @@ void MainForm::Command23_Click() {
         .ClearServerLists = [this] { ClearServerLists(); },
         .BuildServerList = [this] { BuildServerList(); },
         .Trace = [this](const QString& line) { Trace(line); },
+        .UserWantsToAbort = &UserWantsToAbort,
         .OpenFavourites = [this](
                               QWidget& window, toolkit::DriveListBox& drive,
                               toolkit::DirListBox& folders) { OpenFavourites(window, drive, folders, {}); },

@@ -49,7 +49,7 @@ TEST(Climb, LeadsToWhereTheNextFolderIsMade) {
         {"C:\\R", "C:\\R", 0},                    // the root itself
         {"C:\\R", "C:\\R\\a", 0},                 // its first subfolder
         {"C:\\R\\a", "C:\\R\\b", 1},              // a sibling
-        {"C:\\R\\a", "C:\\R\\A", 0},              // one that is equal but for case
+        {"C:\\R\\a", "C:\\R\\A", 1},              // one that is equal but for case
         {"C:\\R\\a\\b", "C:\\R\\x", 2},           //
         {"C:\\R\\a\\b\\c", "C:\\R\\x", 3},        // a sibling of c's grandparent
         {"C:\\R\\a\\b\\c\\d", "C:\\R\\x", 4},     // the most

@@ -30,7 +30,10 @@ class FolderUploadDialog : public ::testing::Test {
         ASSERT_TRUE(QTest::qWaitForWindowActive(&window_));
     }
 
-    void TearDown() override { EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr); }
+    void TearDown() override {
+        app::LongWork::longest_step = 20;
+        EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+    }
 
     void Open() {
         dialog_ = std::make_unique<fmRekurs>(
@@ -49,6 +52,11 @@ class FolderUploadDialog : public ::testing::Test {
                              .ClearServerLists = [this] { steps_.append("clear"); },
                              .BuildServerList = [this] { steps_.append("build"); },
                              .Trace = [this](const QString& line) { trace_.append(line); },
+                             .UserWantsToAbort =
+                                 [this](QWidget&) {
+                                     steps_.append("question");
+                                     return wants_to_abort_;
+                                 },
                              .OpenFavourites =
                                  [this](QWidget& window, toolkit::DriveListBox&, toolkit::DirListBox&) {
                                      steps_.append("favourites over " + window.objectName());
@@ -147,6 +155,7 @@ class FolderUploadDialog : public ::testing::Test {
     QPushButton buttons_[6];
     QLabel label7_, antal_;
     toolkit::PictureBox p1_, p2_{&p1_};
+    bool wants_to_abort_ = false;
     QStringList steps_;  // what the dialog has asked the window to do
     QStringList trace_;
     std::unique_ptr<fmRekurs> dialog_;

@@ -258,8 +258,25 @@ TEST_F(FolderRun, ClosingTheDialogEndsItInGoodOrder) {
     EXPECT_EQ(steps_, QStringList({"clear", "build"}));
 }
 
+TEST_F(FolderRun, TheCloseBoxAsksBeforeItEndsIt) {
+    MakeFile("A/f", "1");
+    MakeFile("A/g", "2");
+    server_.At("STOR f", {Say("150 Send it."), TakeData(1), ftp_test::Hold(), Say("226 Done.")});
+    Choose("A");
+    When([this] { return server_.Commands().back() == "STOR f"; },
+         [this] {
+             QCloseEvent close;
+             QApplication::sendEvent(dialog_->windowHandle(), &close);
+             server_.Release();
+         });
+    Send("a");
+    EXPECT_EQ(Steps(), "MKD a, CWD a, STOR f, STOR g, CWD .., LIST");
+    EXPECT_EQ(steps_, QStringList({"question", "clear", "build"}));
+}
+
 TEST_F(FolderRun, ClosingTheDialogInItsScanSendsNothing) {
-    for (int i = 0; i < 500; ++i) MakeFolder("A/m" + std::to_string(i));
+    app::LongWork::longest_step = 0;
+    for (int i = 0; i < 10; ++i) MakeFolder("A/m" + std::to_string(i));
     Choose("A", true, false);
     Get<QCheckBox>("c2").blockSignals(true);
     Get<QCheckBox>("c2").setChecked(true);

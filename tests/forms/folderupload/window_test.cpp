@@ -111,16 +111,17 @@ TEST_F(FolderUploadWindow, StaysAsItIsWhileTextsGrow) {
     Open();
     const QSize size = dialog_->size();
     const int left = Get("l3").x();
-    Get<QLabel>("l3").setText("1 234 567 KB");
-    Get<QLabel>("l4").setText("999 tim. 59 min.");
     const std::string longest(255, 'w');
     MakeFolder(longest);
     Choose(longest);
+    Get<QLabel>("l3").setText("1 234 567 KB");
+    Get<QLabel>("l4").setText("999 tim. 59 min.");
     auto& label = Get("Label6");
     ASSERT_TRUE(QTest::qWaitFor([&] { return label.height() >= label.minimumSizeHint().height(); }));
     EXPECT_GT(label.height(), 3 * label.fontMetrics().height());
     EXPECT_EQ(dialog_->size(), size);
     EXPECT_EQ(Get("l3").x(), left);
+    EXPECT_EQ(Text("l4"), "999 tim. 59 min.");
     EXPECT_TRUE(Text("Label6").contains(QString(255, 'w')));
     EXPECT_LE(Get("Command3").geometry().bottom(), Get("Frame1").height());
 }
