@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "ftp/engine/wire/address.h"
+#include "ftp/engine/wire/directory.h"
 #include "ftp/engine/wire/features.h"
 #include "ftp/engine/wire/reply.h"
 #include "tests/fuzz/fuzz.h"
@@ -40,6 +41,9 @@ void CheckReaders(const ftp::Reply& reply) {
     Require(ftp::ParseTransferSize(reply).value_or(0) >= 0, "a transfer size is not negative");
     Require(ftp::ParsePasv(reply).value_or(1) != 0, "a PASV port is not 0");
     Require(ftp::ParseEpsv(reply).value_or(1) != 0, "an EPSV port is not 0");
+    const std::string directory = ftp::ParseDirectory(reply).value_or("/");
+    Require(directory.starts_with('/') && directory.find('"') == directory.npos,
+            "a directory is absolute, and surely the one that was meant");
 }
 
 class Reader {
