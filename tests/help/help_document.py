@@ -93,7 +93,7 @@ def literals(source):
     found = []
     for run in LITERALS.findall(re.sub(r"^\s*(#include|//).*$", "", source, flags=re.MULTILINE)):
         text = "".join(piece[1:-1] for piece in re.findall(LITERAL, run))
-        found.append(text.replace(r"\\", "\\").replace(r"\"", '"').replace(r"\t", "\t"))
+        found.append(text.replace(r"\r\n", " ").replace(r"\\", "\\").replace(r"\"", '"').replace(r"\t", "\t"))
     return found
 
 

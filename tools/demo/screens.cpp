@@ -1,7 +1,9 @@
 #include "tools/demo/screens.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
 #include <QScreen>
 
 #include "tools/demo/look.h"
@@ -16,12 +18,14 @@ const QString kAbout = u"Form2"_s;
 const QString kFilter = u"Form3"_s;
 const QString kHelpPanel = u"Form4"_s;
 const QString kFavourites = u"favviskat"_s;
+const QString kFolderUpload = u"fmRekurs"_s;
 const QString kBox = u"MsgBox"_s;
 const QString kPage = u"index.htm"_s;       // on both sides
 const QString kNewPage = u"nyheter.htm"_s;  // to be sent
 const QString kFolder = u"bilder"_s;
 const QString kPicture = u"stuga.png"_s;   // on the user's side only
 const QString kArchive = u"sommar.zip"_s;  // the server stops in the middle of it
+const QString kFilesInFolder = u"7 st"_s;
 const QString kHeld = u"Överfört: 204800 av 486400  42 %"_s;
 
 // Numbered as in the document.
@@ -104,6 +108,11 @@ std::vector<Step> Screens(Input& input) {
         return Step{u"close the window"_s, press(window, button), ready(kMain)};
     };
 
+    const auto tick = [&](const QString& box) {
+        return Step{u"tick a box"_s, press(kFolderUpload, box),
+                    [=] { return Control<QCheckBox>(kFolderUpload, box).isChecked(); }};
+    };
+
     return {
         {u"start the program"_s, [] {}, ready(kMain)},
         open(u"cmdConnection"_s, kConnection),
@@ -140,6 +149,17 @@ std::vector<Step> Screens(Input& input) {
         open(u"Command29"_s, kFavourites),
         picture(u"favoriter"_s, kFavourites),
         close(kFavourites, u"Command2"_s),
+        open(u"Command23"_s, kFolderUpload),
+        tick(u"Check1"_s),
+        tick(u"c2"_s),
+        {u"ask for a favourite"_s, press(kFolderUpload, u"Command29"_s), ready(kFavourites)},
+        {u"choose it"_s, press(kFavourites, u"Command1"_s),
+         [] {
+             return IsReady(kFolderUpload) &&
+                    Control<QLabel>(kFolderUpload, u"l2"_s).text() == kFilesInFolder;
+         }},
+        picture(u"mapp"_s, kFolderUpload),
+        close(kFolderUpload, u"Command2"_s),
         open(u"Command18"_s, kAbout),
         picture(u"om"_s, kAbout),
         close(kAbout, u"Command1"_s),
