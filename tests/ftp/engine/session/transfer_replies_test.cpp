@@ -12,14 +12,10 @@ namespace {
 
 struct Row {
     std::string name;
-    bool size, port;         // what left besides the transfer command
+    std::string asked;       // besides the transfer: S the size before it, P the port behind it
     std::vector<int> codes;  // as they arrive
-    int size_code = 0;       // 0: none
-    int final_code = 0;
-    int port_code = 0;
-    bool overtaken = false;
-    bool unclear = false;
-    bool port_due = false;
+    int size, final, port;   // whose is which; 0: none
+    std::string state;       // overtaken, unclear, due (the port is)
 };
 std::ostream& operator<<(std::ostream& out, const Row& row) {
     return out << row.name;
@@ -32,121 +28,29 @@ int CodeOf(const std::optional<Reply>& reply) {
 class TransferRepliesTest : public testing::TestWithParam<Row> {};
 
 const std::vector<Row> kRows{
-    {.name = "alone", .size = false, .port = false, .codes = {150, 226}, .final_code = 226},
-    {.name = "alone_refused", .size = false, .port = false, .codes = {550}, .final_code = 550},
-    {.name = "alone_and_too_much", .size = false, .port = false, .codes = {150, 226, 226}, .final_code = 226},
-    {.name = "in_order",
-     .size = false,
-     .port = true,
-     .codes = {150, 226, 229},
-     .final_code = 226,
-     .port_code = 229},
-    {.name = "passive",
-     .size = false,
-     .port = true,
-     .codes = {150, 226, 227},
-     .final_code = 226,
-     .port_code = 227},
-    {.name = "port_to_come",
-     .size = false,
-     .port = true,
-     .codes = {150, 250},
-     .final_code = 250,
-     .port_due = true},
-    {.name = "refused_at_once",
-     .size = false,
-     .port = true,
-     .codes = {553, 229},
-     .final_code = 553,
-     .port_code = 229},
-    {.name = "refused_later",
-     .size = false,
-     .port = true,
-     .codes = {150, 552, 229},
-     .final_code = 552,
-     .port_code = 229},
-    {.name = "refused_both",
-     .size = false,
-     .port = true,
-     .codes = {553, 500},
-     .final_code = 553,
-     .port_code = 500},
-    {.name = "port_refused",
-     .size = false,
-     .port = true,
-     .codes = {150, 226, 502},
-     .final_code = 226,
-     .port_code = 502},
-    {.name = "port_refused_first",
-     .size = false,
-     .port = true,
-     .codes = {150, 503, 226},
-     .final_code = 226,
-     .port_code = 503},
-    {.name = "port_refused_before_150",
-     .size = false,
-     .port = true,
-     .codes = {503, 150, 226},
-     .final_code = 226,
-     .port_code = 503},
-    {.name = "one_refusal_so_far",
-     .size = false,
-     .port = true,
-     .codes = {150, 503},
-     .unclear = true,
-     .port_due = true},
-    {.name = "overtaken",
-     .size = false,
-     .port = true,
-     .codes = {150, 229},
-     .port_code = 229,
-     .overtaken = true},
-    {.name = "overtaken_then_done",
-     .size = false,
-     .port = true,
-     .codes = {150, 229, 226},
-     .final_code = 226,
-     .port_code = 229,
-     .overtaken = true},
-    {.name = "broken_off_in_two_words",
-     .size = false,
-     .port = true,
-     .codes = {150, 426, 226, 229},
-     .final_code = 426,
-     .port_code = 229},
-    {.name = "broken_off_in_two_refusals",
-     .size = false,
-     .port = true,
-     .codes = {150, 451, 500},
-     .final_code = 451,
-     .port_code = 500},
-    {.name = "end_said_twice",
-     .size = false,
-     .port = true,
-     .codes = {150, 226, 226},
-     .final_code = 226,
-     .port_due = true},
-    {.name = "goodbye", .size = false, .port = true, .codes = {150, 421}, .final_code = 421},
-    {.name = "goodbye_after_refusal", .size = false, .port = true, .codes = {503, 421}, .final_code = 503},
-    {.name = "goodbye_after_the_end",
-     .size = false,
-     .port = true,
-     .codes = {150, 226, 421},
-     .final_code = 226},
-    {.name = "size_first",
-     .size = true,
-     .port = true,
-     .codes = {213, 150, 226, 229},
-     .size_code = 213,
-     .final_code = 226,
-     .port_code = 229},
-    {.name = "size_refused",
-     .size = true,
-     .port = true,
-     .codes = {550, 550, 229},
-     .size_code = 550,
-     .final_code = 550,
-     .port_code = 229},
+    {"alone", "", {150, 226}, 0, 226, 0, ""},
+    {"alone_refused", "", {550}, 0, 550, 0, ""},
+    {"alone_and_too_much", "", {150, 226, 226}, 0, 226, 0, ""},
+    {"in_order", "P", {150, 226, 229}, 0, 226, 229, ""},
+    {"passive", "P", {150, 226, 227}, 0, 226, 227, ""},
+    {"port_to_come", "P", {150, 250}, 0, 250, 0, "due"},
+    {"refused_at_once", "P", {553, 229}, 0, 553, 229, ""},
+    {"refused_later", "P", {150, 552, 229}, 0, 552, 229, ""},
+    {"refused_both", "P", {553, 500}, 0, 553, 500, ""},
+    {"port_refused", "P", {150, 226, 502}, 0, 226, 502, ""},
+    {"port_refused_first", "P", {150, 503, 226}, 0, 226, 503, ""},
+    {"port_refused_before_150", "P", {503, 150, 226}, 0, 226, 503, ""},
+    {"one_refusal_so_far", "P", {150, 503}, 0, 0, 0, "unclear, due"},
+    {"overtaken", "P", {150, 229}, 0, 0, 229, "overtaken"},
+    {"overtaken_then_done", "P", {150, 229, 226}, 0, 226, 229, "overtaken"},
+    {"broken_off_in_two_words", "P", {150, 426, 226, 229}, 0, 426, 229, ""},
+    {"broken_off_in_two_refusals", "P", {150, 451, 500}, 0, 451, 500, ""},
+    {"end_said_twice", "P", {150, 226, 226}, 0, 226, 0, "due"},
+    {"goodbye", "P", {150, 421}, 0, 421, 0, ""},
+    {"goodbye_after_refusal", "P", {503, 421}, 0, 503, 0, ""},
+    {"goodbye_after_the_end", "P", {150, 226, 421}, 0, 226, 0, ""},
+    {"size_first", "SP", {213, 150, 226, 229}, 213, 226, 229, ""},
+    {"size_refused", "SP", {550, 550, 229}, 550, 550, 229, ""},
 };
 
 INSTANTIATE_TEST_SUITE_P(, TransferRepliesTest, testing::ValuesIn(kRows), testing::PrintToStringParamName());
@@ -154,14 +58,15 @@ INSTANTIATE_TEST_SUITE_P(, TransferRepliesTest, testing::ValuesIn(kRows), testin
 TEST_P(TransferRepliesTest, AreMatched) {
     const Row& row = GetParam();
     TransferReplies replies;
-    replies.Expect(row.size, row.port);
+    replies.Expect(row.asked.starts_with('S'), row.asked.ends_with('P'));
     for (const int code : row.codes) replies.Take({code, {std::to_string(code) + " words"}});
-    EXPECT_EQ(CodeOf(replies.Size()), row.size_code);
-    EXPECT_EQ(CodeOf(replies.Final()), row.final_code);
-    EXPECT_EQ(CodeOf(replies.Port()), row.port_code);
-    EXPECT_EQ(replies.Overtaken(), row.overtaken);
-    EXPECT_EQ(replies.Unclear(), row.unclear);
-    EXPECT_EQ(replies.PortDue(), row.port_due);
+    EXPECT_EQ(CodeOf(replies.Size()), row.size);
+    EXPECT_EQ(CodeOf(replies.Final()), row.final);
+    EXPECT_EQ(CodeOf(replies.Port()), row.port);
+    const auto says = [&row](const char* word) { return row.state.find(word) != std::string::npos; };
+    EXPECT_EQ(replies.Overtaken(), says("overtaken"));
+    EXPECT_EQ(replies.Unclear(), says("unclear"));
+    EXPECT_EQ(replies.PortDue(), says("due"));
 }
 
 TEST(TransferReplies, RefusalThatNothingFollowsWasTheTransfers) {
