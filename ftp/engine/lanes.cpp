@@ -44,9 +44,11 @@ bool IsWantOfLane(const Failure& failure) {
 
 }  // namespace
 
-// By the last name alone: one of the two may not be absolute, and to wait in vain costs little.
 bool HaveOneTarget(const FileToMove& a, const FileToMove& b) {
-    return a.up ? b.up && LastName(a.remote) == LastName(b.remote) : !b.up && a.local_path == b.local_path;
+    if (a.up != b.up) return false;
+    if (!a.up) return a.local_path == b.local_path;
+    const bool absolute = a.remote.starts_with('/') && b.remote.starts_with('/');
+    return absolute ? a.remote == b.remote : LastName(a.remote) == LastName(b.remote);
 }
 
 struct Lanes::Lane : Events {

@@ -21,7 +21,8 @@ struct FileToMove {
     TransferMode mode;
 };
 
-/// Whether the one would write where the other writes.
+/// Whether the one would write where the other writes, or may: names on the server are known to differ only
+/// where both are absolute, or end in another name.
 bool HaveOneTarget(const FileToMove& a, const FileToMove& b);
 
 /// Sends or fetches the file over the session.

@@ -210,12 +210,15 @@ class Worker::Core : private Events, private LaneEvents {
 
     bool CalledOff() const { return abort_wanted_ || session_.dropped; }
 
-    /// Over a lane where the file is small and one may be had, else over the session itself. Nothing is
-    /// written to where another file is still being written.
-    asio::awaitable<Result<>> Move(FileToMove file, std::optional<std::int64_t> size) {
-        bytes_->store(0, std::memory_order_relaxed);
+    /// Nothing is written to where another file is still being written, or has still to be.
+    asio::awaitable<void> AwaitTurn(const FileToMove& file) {
         co_await lanes_.AwaitTarget(file);
         co_await SendReturned();
+    }
+
+    /// Over a lane where the file is small and one may be had, else over the session itself.
+    asio::awaitable<Result<>> Move(FileToMove file, std::optional<std::int64_t> size) {
+        bytes_->store(0, std::memory_order_relaxed);
         if (session_.in_run && size && *size < kLarge && LanesAreReady()) {
             const auto given = co_await Give(file);
             if (given) {
@@ -224,6 +227,7 @@ class Worker::Core : private Events, private LaneEvents {
             }
             if (given || given.error().kind != FailureKind::NotConnected) co_return given;
         }
+        co_await AwaitTurn(file);
         const auto caught_up = co_await session_.CatchUp();
         if (!caught_up) co_return caught_up;
         if (CalledOff()) co_return Fail(FailureKind::Cancelled);
@@ -259,10 +263,11 @@ class Worker::Core : private Events, private LaneEvents {
         }
         const auto directory = co_await CurrentDirectory(session_);
         if (!directory) co_return Fail(directory.error());
-        if (CalledOff()) co_return Fail(FailureKind::Cancelled);
         if (directory->empty()) co_return Fail(FailureKind::NotConnected);
-        session_.next_port.reset();  // the server may give it to a lane
         file.remote = Below(*directory, file.remote);
+        co_await AwaitTurn(file);
+        if (CalledOff()) co_return Fail(FailureKind::Cancelled);
+        session_.next_port.reset();  // the server may give it to a lane
         co_return co_await lanes_.Give(std::move(file));
     }
 
