@@ -1,3 +1,4 @@
+#include "app/shared/long_work.h"
 #include "tests/forms/session/folder_upload.h"
 
 #include <QLabel>
