@@ -1,10 +1,9 @@
-#include "app/shared/long_work.h"
-#include "tests/forms/session/folder_upload.h"
-
 #include <QLabel>
 #include <algorithm>
 
+#include "app/shared/long_work.h"
 #include "settings/favourites.h"
+#include "tests/forms/session/folder_upload.h"
 
 using ftp_test::Say;
 using ftp_test::Stall;
