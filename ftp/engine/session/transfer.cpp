@@ -97,7 +97,10 @@ Task<> Transfer::SendCommands(std::vector<Command> commands) {
 Task<> Transfer::AwaitBegin() {
     while (!taken_.Begun()) {
         const auto reply = co_await session_.control->Receive(session_.deadlines.ahead);
-        if (!reply && reply.error().kind == FailureKind::TimedOut) break;
+        if (!reply && reply.error().kind == FailureKind::TimedOut) {
+            session_.habits.overtakes = false;  // it is the server that waits, so it cannot be one of these
+            break;
+        }
         if (!reply) co_return Fail(reply.error());
         taken_.Take(*reply);
         if (taken_.Final()) co_return Fail(RefusalOf(*taken_.Final()));
@@ -228,6 +231,8 @@ Task<> Transfer::Establish() {
 /// A reply that arrives while the bytes move.
 void Transfer::See(const Reply& reply) {
     if (arrived_.Final()) return;  // what follows the answer is not about this transfer
+    // pure-ftpd says nothing of a download that we have broken off, so what comes then tells no habits.
+    if (aborted_ || (silence_ && silence_->Expired())) return;
     const bool sized = arrived_.Size().has_value();
     arrived_.Take(reply);
     if (!sized && arrived_.Size()) SetSize(*arrived_.Size());

@@ -328,7 +328,8 @@ TEST_P(RunsTest, AbortsAtAnyMomentLeaveTheSessionInStep) {
             missing += (up ? server_->ReadFile(name) : std::optional(ReadLocal("got " + name))) != bytes;
         EXPECT_GE(told, missing) << "a file is missing and nobody was told";
         cancelled += told;
-        ASSERT_TRUE(client_->Run(ftp::List{}).Well());
+        const Told listed = client_->Run(ftp::List{});
+        ASSERT_TRUE(listed.Well()) << listed;
     }
     EXPECT_GT(cancelled, 0U);
     for (const auto& entry : fs::directory_iterator(folder_))

@@ -91,6 +91,23 @@ TEST_F(RunTest, ServerThatOvertakesIsSentTheFileAgainAndWaitedFor) {
     ExpectOneAtATime();
 }
 
+TEST_F(RunTest, ServerThatWaitsForTheConnectionIsTakenForAnOvertakerOnceOnly) {
+    // It has lost the first file, said nothing of that, and opened the port for the next one.
+    const Steps once_more{Command("EPSV"),      Reply("229 Here (|||5001|)"),
+                          Command("STOR f"),    DataConnects(5001),
+                          Reply("150 Waiting"), Takes("12345"),
+                          TakesEnd(),           Reply("226 Done")};
+    Play(kBegin + kAhead +
+         Steps{Reply("150 Waiting"), Reply("229 Next (|||5002|)"), Command("ABOR"), Reply("225 Nothing"),
+               Command("NOOP"), Reply("200 Fine")} +
+         once_more + kAgain + kTaken + kDone);
+    stage->deadlines.ahead = 5ms;
+    EXPECT_TRUE(Store());
+    EXPECT_FALSE(stage->session.habits.overtakes);
+    EXPECT_TRUE(Store());
+    ExpectOneAtATime();
+}
+
 TEST_F(RunTest, PortThatWasGivenUpMeanwhileIsAskedForAgain) {
     Play(kBegin + kAhead + kTaken + kDone + Steps{Reply("229 Next (|||5002|)")} +
          Steps{DataConnects(5002), Command("STOR f"), Command("EPSV"), Reply("425 No connection"),
