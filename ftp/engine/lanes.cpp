@@ -96,7 +96,8 @@ template <class Coroutine>
 void Lanes::Spawn(const std::shared_ptr<Lane>& lane, Coroutine coroutine) {
     asio::co_spawn(executor_, std::move(coroutine), [this, lane](const std::exception_ptr& fault) {
         if (fault) lane->session.Forget();
-        if (!lane->Lives()) std::erase(lanes_, lane);
+        const bool has_next_file = lane->state == Lane::State::Busy;
+        if (!lane->Lives() && !has_next_file) std::erase(lanes_, lane);
         moved_.cancel();
     });
 }

@@ -9,7 +9,8 @@ namespace ftp {
 
 /// A transfer command, SIZE before it and EPSV or PASV behind it if they left with it. Servers that take one
 /// command after the other answer in that order. Others answer what stands behind a running transfer while it
-/// runs, or refuse it then; a refusal that comes first may mean either, and the reply after it tells.
+/// runs, or refuse it then; a refusal that comes first may mean either, unless only a transfer that has begun
+/// can end so, and the reply after it tells.
 class TransferReplies {
  public:
     /// What is due; before the first Take.
