@@ -34,6 +34,9 @@ UnknownAction::UnknownAction(std::int32_t number, const QString& description)
 Component::Component(QObject* parent, Deadlines deadlines)
     : QObject(parent),
       ResolveLocalPath(&QFile::encodeName),
+      FindServer([](const QString&) { return KnownServer(); }),
+      KeepServer([](const QString&, const KnownServer&) {}),
+      AskAboutCertificate([](const CertificateQuestion&) { return CertificateAnswer::Refuse; }),
       d_(std::make_shared<Private>(*this, deadlines)) {}
 
 Component::~Component() {

@@ -16,6 +16,7 @@
 #include <optional>
 #include <stdexcept>
 
+#include "ftp/engine/wire/certificate.h"
 #include "ftp/engine/worker.h"
 
 namespace ftp {
@@ -32,6 +33,23 @@ class UnknownAction : public std::runtime_error {
     QString description_;
 };
 
+/// What is known of a server from earlier sessions.
+struct KnownServer {
+    bool had_tls = false;  // it has been reached with TLS; plain text is refused from then on
+    QByteArray
+        fingerprint;  // of a certificate that the user trusts for good though it is not valid; or empty
+
+    bool operator==(const KnownServer&) const = default;
+};
+
+/// A certificate that is not valid and that nobody has trusted yet.
+struct CertificateQuestion {
+    QString server;  // "host:port", in lower case
+    Certificate certificate;
+    bool changed = false;  // another one has been trusted for good before
+};
+enum class CertificateAnswer { Refuse, TrustNow, TrustAlways };
+
 class Component : public QObject {
     Q_OBJECT
  public:
@@ -39,7 +57,9 @@ class Component : public QObject {
     ~Component() override;
 
     // Properties: plain stored values that the operations read when they are called.
-    QString HostName;  // "name", "name:port", "[v6]:port"
+    /// "name", "name:port", "[v6]:port": TLS where the server offers it; with "ftpes://" in front TLS is
+    /// demanded, with "ftps://" it comes before the first word (port 990), "ftp://" is plain text.
+    QString HostName;
     QString UserName;
     QString Password;
     QString Account;               // for servers that answer 332; may be empty
@@ -54,6 +74,13 @@ class Component : public QObject {
     /// The native path for a local path as the user knows it, or nothing when it is none: the transfer is
     /// then refused with Error 75. As it stands, paths are native already.
     std::function<std::optional<QByteArray>(const QString& path)> ResolveLocalPath;
+
+    // What is known of servers, by "host:port" in lower case, and the question about a certificate. They are
+    // called inside Connect, between two attempts: no gate is up then, and a question may show a modal box.
+    // As they stand, nothing is known, nothing is kept, and what is not valid is refused.
+    std::function<KnownServer(const QString& server)> FindServer;
+    std::function<void(const QString& server, const KnownServer& known)> KeepServer;
+    std::function<CertificateAnswer(const CertificateQuestion& question)> AskAboutCertificate;
 
     // Operations. Refused with Error 10036 while another runs, without touching anything.
     // After Shutdown they do nothing.
@@ -90,6 +117,8 @@ class Component : public QObject {
 
     bool Busy() const { return busy_; }
     bool Connected() const { return connected_; }
+    /// "TLSv1.3" or "TLSv1.2" while a session is encrypted, otherwise empty.
+    QString TlsVersion() const { return tls_version_; }
     /// Bytes of the running or last transfer as the server itself stated them, if it did; the ExpectedSize of
     /// one that has been taken by a further connection.
     std::optional<std::int64_t> StatedSize() const { return stated_size_; }
@@ -114,6 +143,7 @@ class Component : public QObject {
     std::int16_t session_option_ = 0;
     bool busy_ = false;
     bool connected_ = false;
+    QString tls_version_;
     std::optional<std::int64_t> stated_size_;
 };
 

@@ -28,6 +28,16 @@ Description Describe(FailureKind kind) {
             return {10060, u"Servern svarade inte i tid"};
         case FailureKind::Cancelled:
             return {10004, u"Åtgärden avbröts"};
+        case FailureKind::NotEncrypted:
+            return {12157, u"Servern erbjuder ingen krypterad förbindelse. Lösenordet har inte skickats"};
+        case FailureKind::TlsFailed:
+            return {12157, u"Den krypterade förbindelsen gick inte att upprätta"};
+        case FailureKind::NotTrusted:
+            return {12045, u"Serverns certifikat är inte betrott. Lösenordet har inte skickats"};
+        case FailureKind::CutShort:
+            return {10054, u"Filen kom inte fram i sin helhet"};
+        case FailureKind::NotKept:
+            return {10054, u"Servern har inte kvar hela filen"};
         case FailureKind::BadArgument:
             return {10022, u"Namnet kan inte användas"};
         case FailureKind::LocalNotFound:

@@ -102,16 +102,15 @@ void Lanes::Spawn(const std::shared_ptr<Lane>& lane, Coroutine coroutine) {
     });
 }
 
-void Lanes::Open(std::size_t count, const HostAndPort& where, const Credentials& who, const Habits& habits) {
+void Lanes::Open(std::size_t count, const Access& access, const Habits& habits) {
     for (; count > 0; --count) {
         lanes_.push_back(std::make_shared<Lane>(*this));
-        Spawn(lanes_.back(), LogIn(lanes_.back(), where, who, habits));
+        Spawn(lanes_.back(), LogIn(lanes_.back(), access, habits));
     }
 }
 
-asio::awaitable<void> Lanes::LogIn(std::shared_ptr<Lane> lane, HostAndPort where, Credentials who,
-                                   Habits habits) {
-    const auto outcome = co_await Login(lane->session, std::move(where), std::move(who));
+asio::awaitable<void> Lanes::LogIn(std::shared_ptr<Lane> lane, Access access, Habits habits) {
+    const auto outcome = co_await Login(lane->session, std::move(access));
     if (!outcome) co_return;
     habits.one_at_a_time |= lane->session.habits.one_at_a_time;
     lane->session.habits = habits;

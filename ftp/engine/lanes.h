@@ -47,7 +47,7 @@ class Lanes {
 
     /// Begins to open so many lanes and returns at once. A lane that cannot log in is not had, without a
     /// word.
-    void Open(std::size_t count, const HostAndPort& where, const Credentials& who, const Habits& habits);
+    void Open(std::size_t count, const Access& access, const Habits& habits);
     /// Whether at least one lane has logged in and lives.
     bool Ready() const;
     /// Ends when a lane has taken the file. NotConnected when there is none any more, Cancelled after Abort
@@ -74,8 +74,7 @@ class Lanes {
  private:
     struct Lane;
 
-    static asio::awaitable<void> LogIn(std::shared_ptr<Lane> lane, HostAndPort where, Credentials who,
-                                       Habits habits);
+    static asio::awaitable<void> LogIn(std::shared_ptr<Lane> lane, Access access, Habits habits);
     asio::awaitable<void> Carry(std::shared_ptr<Lane> lane);
     template <class Coroutine>
     void Spawn(const std::shared_ptr<Lane>& lane, Coroutine coroutine);

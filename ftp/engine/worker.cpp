@@ -168,12 +168,14 @@ class Worker::Core : private Events, private LaneEvents {
     }
 
     asio::awaitable<Result<>> Connect(ftp::Connect connect) {
-        auto where = ParseHostField(connect.host_field);
-        if (!where) co_return Fail(where.error());
+        auto server = ParseHostField(connect.host_field);
+        if (!server) co_return Fail(server.error());
         LeaveServer();
-        port_ = where->port;
-        who_ = {std::move(connect.user), std::move(connect.password), std::move(connect.account)};
-        co_return co_await Login(session_, std::move(*where), who_);
+        access_ = {.server = std::move(*server),
+                   .user = std::move(connect.user),
+                   .password = std::move(connect.password),
+                   .account = std::move(connect.account)};
+        co_return co_await Login(session_, access_);
     }
 
     Result<> BeginRun(std::size_t lanes) {
@@ -205,7 +207,7 @@ class Worker::Core : private Events, private LaneEvents {
         lanes_.Drop();
         lanes_.TakeReturned();
         lanes_opened_ = false;
-        who_ = {};
+        access_ = {};
     }
 
     bool CalledOff() const { return abort_wanted_ || session_.dropped; }
@@ -249,7 +251,9 @@ class Worker::Core : private Events, private LaneEvents {
     bool LanesAreReady() {
         if (lanes_wanted_ == 0 || !session_.LoggedIn() || ++small_files_ <= kFilesBeforeLanes) return false;
         if (!std::exchange(lanes_opened_, true)) {
-            lanes_.Open(lanes_wanted_, {transport_->PeerAddress(), port_}, who_, session_.habits);
+            Access access = access_;
+            access.address = transport_->PeerAddress();
+            lanes_.Open(lanes_wanted_, access, session_.habits);
         }
         return lanes_.Ready();
     }
@@ -337,8 +341,7 @@ class Worker::Core : private Events, private LaneEvents {
     asio::steady_timer room_;  // cancelled when a batch has been taken
     Session session_;
     Lanes lanes_;
-    Credentials who_;           // of the session, for its lanes
-    std::uint16_t port_ = 0;    // where it is connected to
+    Access access_;             // of the session, for its lanes
     Clock::time_point spoken_;  // when it last sent something
     std::size_t lanes_wanted_ = 0;
     bool lanes_opened_ = false;

@@ -10,19 +10,35 @@ namespace {
 
 using fuzz::Require;
 
+std::string_view SchemeOf(ftp::Security security) {
+    switch (security) {
+        case ftp::Security::Explicit:
+            return "ftpes://";
+        case ftp::Security::Implicit:
+            return "ftps://";
+        case ftp::Security::None:
+            return "ftp://";
+        case ftp::Security::IfOffered:
+            break;
+    }
+    return "";
+}
+
 void CheckHostField(std::string_view field) {
     const auto parsed = ftp::ParseHostField(field);
     if (!parsed) {
         Require(parsed.error().kind == ftp::FailureKind::BadArgument, "a bad field is a bad argument");
         return;
     }
-    Require(!parsed->host.empty() && parsed->port != 0, "host and port are there");
-    Require(std::ranges::none_of(parsed->host,
-                                 [](char c) { return static_cast<unsigned char>(c) <= ' ' || c == '/'; }),
-            "a host has no blanks, controls and slashes");
-    const bool colons = parsed->host.find(':') != std::string::npos;
+    const auto& [host, port] = parsed->where;
+    Require(!host.empty() && port != 0, "host and port are there");
+    Require(
+        std::ranges::none_of(host, [](char c) { return static_cast<unsigned char>(c) <= ' ' || c == '/'; }),
+        "a host has no blanks, controls and slashes");
+    const bool colons = host.find(':') != std::string::npos;
+    const std::string_view scheme = SchemeOf(parsed->security);
     const std::string written =
-        (colons ? '[' + parsed->host + ']' : parsed->host) + ':' + std::to_string(parsed->port);
+        std::string(scheme) + (colons ? '[' + host + ']' : host) + ':' + std::to_string(port);
     const auto again = ftp::ParseHostField(" " + written + "\t");
     Require(again.has_value() && *again == *parsed, "a field written out is read back");
 }

@@ -34,7 +34,7 @@ struct Commands {
     Command user, pass, feat, utf8, type;
 };
 
-Result<Commands> MakeCommands(const Credentials& who) {
+Result<Commands> MakeCommands(const Access& who) {
     auto user = MakeCommand("USER", who.user);
     if (!user) return Fail(user.error());
     auto pass = MakeCommand("PASS", who.password);
@@ -43,10 +43,12 @@ Result<Commands> MakeCommands(const Credentials& who) {
                     *MakeCommand("TYPE", "I")};
 }
 
-Task<> Connect(Session& session, HostAndPort where) {
+Task<> Connect(Session& session, const Access& who) {
     if (session.dropped) co_return Fail(FailureKind::Cancelled);
     const Deadline deadline(session.transport.Executor(), session.deadlines.connect,
                             [&session] { session.transport.CancelConnect(); });
+    const auto& [host, port] = who.server.where;
+    HostAndPort where{who.address.empty() ? host : who.address, port};
     auto stream = co_await session.transport.ConnectControl(std::move(where));
     if (session.dropped) co_return Fail(FailureKind::Cancelled);
     if (deadline.Expired()) co_return Fail(FailureKind::TimedOut);
@@ -71,7 +73,7 @@ bool MayBeAboutLogin(const Reply& reply) {
 }
 
 /// USER, PASS where it is asked for, ACCT where it is asked for.
-Task<> Identify(Session& session, Conversation& talk, const Commands& commands, const Credentials& who) {
+Task<> Identify(Session& session, Conversation& talk, const Commands& commands, const Access& who) {
     auto reply = co_await talk.Answer(commands.user);
     if (!reply) co_return Fail(reply.error());
     const bool no_password = reply->Completed() || reply->code == 332;
@@ -110,11 +112,10 @@ Task<> Prepare(Session& session, Conversation& talk, const Commands& commands) {
     co_return Result<>{};
 }
 
-Task<> Attempt(Session& session, HostAndPort where, const Credentials& who, const Commands& commands,
-               bool ahead) {
+Task<> Attempt(Session& session, const Access& who, const Commands& commands, bool ahead) {
     session.Forget();
     session.habits.one_at_a_time = !ahead;
-    const auto connected = co_await Connect(session, std::move(where));
+    const auto connected = co_await Connect(session, who);
     if (!connected) co_return connected;
     Conversation talk(session, ahead);
     std::vector<Command> all{commands.user, commands.pass, commands.feat, commands.utf8, commands.type};
@@ -143,14 +144,17 @@ bool MayMindCommandsAhead(const Failure& failure) {
 
 }  // namespace
 
-Task<> Login(Session& session, HostAndPort where, Credentials who) {
+Task<> Login(Session& session, Access who) {
+    const Security security = who.server.security;
+    if (security == Security::Explicit || security == Security::Implicit)
+        co_return Fail(FailureKind::NotEncrypted);
     const auto commands = MakeCommands(who);
     if (!commands) co_return Fail(commands.error());
-    auto outcome = co_await Attempt(session, where, who, *commands, true);
+    auto outcome = co_await Attempt(session, who, *commands, true);
     const bool connected = session.control != nullptr;
     const bool slow = !outcome && outcome.error().kind == FailureKind::TimedOut;
     if (!outcome && connected && !session.dropped && (slow || MayMindCommandsAhead(outcome.error()))) {
-        outcome = co_await Attempt(session, where, who, *commands, false);
+        outcome = co_await Attempt(session, who, *commands, false);
     }
     if (session.dropped) outcome = Fail(FailureKind::Cancelled);
     session.logged_in = outcome.has_value();

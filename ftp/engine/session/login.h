@@ -8,13 +8,21 @@
 
 namespace ftp {
 
-struct Credentials {
+/// All that it takes to log in, once more too.
+struct Access {
+    ServerAddress server;
     std::string user, password, account;
+    /// The numeric address to connect to; empty: the server's name is looked up.
+    std::string address = {};
+    /// The server has been reached with TLS before: plain text is refused as NotEncrypted.
+    bool had_tls = false;
+    /// The fingerprint of a certificate that the user trusts though it is not valid; empty: none.
+    std::string trusted = {};
 };
 
 /// Connects and logs in (RFC 959 section 5.4). Everything that need not wait for an answer leaves together,
 /// before the greeting even; a server that minds is connected to again and asked one step at a time. A
 /// refused login is Refused with the server's words and leaves no session.
-Task<> Login(Session& session, HostAndPort where, Credentials who);
+Task<> Login(Session& session, Access access);
 
 }  // namespace ftp

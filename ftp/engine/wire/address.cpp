@@ -3,12 +3,23 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <utility>
 #include <vector>
 
 namespace ftp {
 namespace {
 
 constexpr auto kNowhere = std::string_view::npos;
+
+constexpr std::uint16_t kPort = 21;
+constexpr std::uint16_t kImplicitPort = 990;
+
+constexpr std::pair<std::string_view, Security> kSchemes[] = {
+    {"ftpes://", Security::Explicit}, {"ftps://", Security::Implicit}, {"ftp://", Security::None}};
+
+char Lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
 
 bool IsDigit(char c) {
     return c >= '0' && c <= '9';
@@ -56,6 +67,17 @@ std::optional<Pieces> Split(std::string_view field) {
     return Pieces{host, rest.substr(1)};
 }
 
+/// Cuts what a URL has around its host; nothing without a scheme.
+Security TakeScheme(std::string_view& address) {
+    for (const auto& [scheme, security] : kSchemes) {
+        if (!std::ranges::equal(address.substr(0, scheme.size()), scheme, {}, Lower)) continue;
+        address.remove_prefix(scheme.size());
+        if (address.ends_with('/')) address.remove_suffix(1);
+        return security;
+    }
+    return Security::IfOffered;
+}
+
 /// The numbers 0..255 of the comma list at the start of `text`, which is cut off; a larger number is an empty
 /// place.
 std::vector<std::optional<std::uint8_t>> TakeNumberList(std::string_view& text) {
@@ -89,18 +111,20 @@ std::optional<std::uint16_t> ParseExtended(std::string_view text) {
 
 }  // namespace
 
-Result<HostAndPort> ParseHostField(std::string_view field) {
+Result<ServerAddress> ParseHostField(std::string_view field) {
     field = Trimmed(field);
-    const auto pieces = Split(field);
+    std::string_view address = field;
+    const Security security = TakeScheme(address);
+    const auto pieces = Split(address);
     if (!pieces || pieces->host.empty() || !std::ranges::all_of(pieces->host, FitsInHost))
         return Fail(FailureKind::BadArgument, std::string(field));
-    HostAndPort result{std::string(pieces->host)};
+    std::uint16_t port = security == Security::Implicit ? kImplicitPort : kPort;
     if (pieces->port) {
-        const auto port = ParsePort(*pieces->port);
-        if (!port) return Fail(FailureKind::BadArgument, std::string(field));
-        result.port = *port;
+        const auto said = ParsePort(*pieces->port);
+        if (!said) return Fail(FailureKind::BadArgument, std::string(field));
+        port = *said;
     }
-    return result;
+    return ServerAddress{{std::string(pieces->host), port}, security};
 }
 
 std::optional<std::uint16_t> ParseEpsv(const Reply& reply) {

@@ -17,10 +17,27 @@ struct HostAndPort {
     bool operator==(const HostAndPort&) const = default;
 };
 
+/// How the control connection is to be protected (RFC 4217).
+enum class Security {
+    IfOffered,  // AUTH TLS; plain text where the server knows nothing of it
+    Explicit,   // AUTH TLS, or no session
+    Implicit,   // TLS before the first word
+    None,       // plain text, as the user has said
+};
+
+struct ServerAddress {
+    HostAndPort where;
+    Security security = Security::IfOffered;
+
+    bool operator==(const ServerAddress&) const = default;
+};
+
 /// Reads the host field: "name", "name:port", "1.2.3.4:port", "v6" (bare, two or more colons), "[v6]",
-/// "[v6]:port". Blanks around are ignored. Fails with BadArgument for empty hosts, ports outside 1..65535,
-/// blanks, control characters, slashes or unbalanced brackets.
-Result<HostAndPort> ParseHostField(std::string_view field);
+/// "[v6]:port"; in front of it "ftpes://" (Explicit), "ftps://" (Implicit, port 990 where none is said) or
+/// "ftp://" (None), in any case, and then one slash at the end. Blanks around are ignored. Fails with
+/// BadArgument for empty hosts, ports outside 1..65535, blanks, control characters, slashes elsewhere or
+/// unbalanced brackets.
+Result<ServerAddress> ParseHostField(std::string_view field);
 
 /// The port of "229 ... (|||port|)" (RFC 2428), or nothing. The delimiter is any character 33..126 that is no
 /// digit; a protocol and an address between the first three, which some servers fill in, are read past.

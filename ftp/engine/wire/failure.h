@@ -18,6 +18,11 @@ enum class FailureKind {
     Unreachable,        // no route to the host or network
     TimedOut,           // a deadline ran out
     Cancelled,          // the user aborted the transfer or dropped the session
+    NotEncrypted,       // the server offers no TLS where it is demanded; no password has been sent
+    TlsFailed,          // TLS could not be agreed on, or was broken; `detail` in OpenSSL's words
+    NotTrusted,         // the server's certificate is not trusted; no password has been sent
+    CutShort,           // the data ended before they were whole
+    NotKept,            // after an upload the server has another size for the file than was sent
     BadArgument,        // a name that cannot be sent (CR, LF, NUL, empty) or not be used locally
     LocalNotFound,      // the local file is not there
     LocalDenied,        // no permission for the local file or folder

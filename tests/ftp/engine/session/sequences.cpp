@@ -45,7 +45,7 @@ const Steps kRows{Sends("first\r\nsec"), Sends("ond\nthird"), Ends(), Reply("226
 const std::string kGotRows = "first|second|third|";
 
 ftp::Task<> LogIn(Stage& stage) {
-    return ftp::Login(stage.session, {"host", 21}, {"anna", "hemligt", "konto"});
+    return ftp::Login(stage.session, {{{"host", 21}, ftp::Security::None}, "anna", "hemligt", "konto"});
 }
 ftp::Task<> List(Stage& stage) {
     return ftp::ListDirectory(stage.session, {});

@@ -33,8 +33,8 @@ ftp::Task<> ChangeTo(Stage& stage, const std::string& name) {
 
 ftp::Task<> LogIn(Stage& stage) {
     ftp::HostAndPort where{"host", 21};
-    ftp::Credentials who{"anna", "hemligt", ""};
-    co_return co_await ftp::Login(stage.session, where, who);
+    ftp::Access access{{where, ftp::Security::None}, "anna", "hemligt", ""};
+    co_return co_await ftp::Login(stage.session, std::move(access));
 }
 
 TEST(Session, TraceReadsCommandThenRepliesAlthoughCommandsLeaveTogether) {

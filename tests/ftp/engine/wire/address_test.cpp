@@ -33,18 +33,41 @@ TEST(HostField, IsReadInAllItsForms) {
         SCOPED_TRACE(field);
         const auto parsed = ParseHostField(field);
         ASSERT_TRUE(parsed);
+        EXPECT_EQ(*parsed, (ServerAddress{expected, Security::IfOffered}));
+    }
+}
+
+TEST(HostField, SaysHowTheConnectionIsProtected) {
+    const std::pair<const char*, ServerAddress> rows[] = {
+        {"ftpes://ftp.example.se", {{"ftp.example.se", 21}, Security::Explicit}},
+        {"ftpes://ftp.example.se:2121", {{"ftp.example.se", 2121}, Security::Explicit}},
+        {"ftps://ftp.example.se", {{"ftp.example.se", 990}, Security::Implicit}},
+        {"ftps://ftp.example.se:21", {{"ftp.example.se", 21}, Security::Implicit}},
+        {"ftp://ftp.example.se", {{"ftp.example.se", 21}, Security::None}},
+        {"ftp://[::1]:2121/", {{"::1", 2121}, Security::None}},
+        {" FTPeS://[::1]/ ", {{"::1", 21}, Security::Explicit}},
+        {"ftps", {{"ftps", 21}, Security::IfOffered}},
+    };
+    for (const auto& [field, expected] : rows) {
+        SCOPED_TRACE(field);
+        const auto parsed = ParseHostField(field);
+        ASSERT_TRUE(parsed);
         EXPECT_EQ(*parsed, expected);
     }
 }
 
 TEST(HostField, IsRefusedWhenItNamesNoHost) {
-    for (const std::string& field :
-         {""s,        "   "s,           ":"s,       ":21"s,         "h:"s,     "h:0"s,
-          "h:65536"s, "h:99999999999"s, "h:-1"s,    "h:+1"s,        "h:21x"s,  "h: 21"s,
-          "h :21"s,   "a b"s,           "a\tb"s,    "a\nb"s,        "a\r\nb"s, "a\0b"s,
-          "a\x7F"s,   "ftp://h"s,       "h/pub"s,   "h\\pub"s,      "["s,      "]"s,
-          "[]"s,      "[]:21"s,         "[::1"s,    "::1]"s,        "[::1]:"s, "[::1]:0"s,
-          "[::1]21"s, "[::1]]"s,        "[[::1]]"s, "[::1]:21:22"s, "[:: 1]"s, "h[::1]"s}) {
+    for (const std::string& field : {""s,         "   "s,         ":"s,           ":21"s,
+                                     "h:"s,       "h:0"s,         "h:65536"s,     "h:99999999999"s,
+                                     "h:-1"s,     "h:+1"s,        "h:21x"s,       "h: 21"s,
+                                     "h :21"s,    "a b"s,         "a\tb"s,        "a\nb"s,
+                                     "a\r\nb"s,   "a\0b"s,        "a\x7F"s,       "ftp://"s,
+                                     "ftps:///"s, "ftp://h//"s,   "ftp://h/pub"s, "sftp://h"s,
+                                     "http://h"s, "ftpes:/h"s,    "ftp:// h"s,    "h/"s,
+                                     "h/pub"s,    "h\\pub"s,      "["s,           "]"s,
+                                     "[]"s,       "[]:21"s,       "[::1"s,        "::1]"s,
+                                     "[::1]:"s,   "[::1]:0"s,     "[::1]21"s,     "[::1]]"s,
+                                     "[[::1]]"s,  "[::1]:21:22"s, "[:: 1]"s,      "h[::1]"s}) {
         SCOPED_TRACE(field);
         const auto parsed = ParseHostField(field);
         ASSERT_FALSE(parsed);
