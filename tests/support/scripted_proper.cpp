@@ -22,8 +22,9 @@ struct ScriptedSession::Proceedings {
         {"FEAT", &ScriptedSession::Feat}, {"PORT", &ScriptedSession::Port}, {"EPRT", &ScriptedSession::Eprt},
         {"EPSV", &ScriptedSession::Epsv}, {"PASV", &ScriptedSession::Pasv}, {"LIST", &ScriptedSession::List},
         {"RETR", &ScriptedSession::Retr}, {"STOR", &ScriptedSession::Stor}, {"SIZE", &ScriptedSession::Size},
-        {"DELE", &ScriptedSession::Dele}, {"RNFR", &ScriptedSession::Rnfr}, {"RNTO", &ScriptedSession::Rnto},
-        {"MKD", &ScriptedSession::Mkd},   {"ABOR", &ScriptedSession::Abor}, {"QUIT", &ScriptedSession::Quit},
+        {"REST", &ScriptedSession::Rest}, {"APPE", &ScriptedSession::Appe}, {"DELE", &ScriptedSession::Dele},
+        {"RNFR", &ScriptedSession::Rnfr}, {"RNTO", &ScriptedSession::Rnto}, {"MKD", &ScriptedSession::Mkd},
+        {"ABOR", &ScriptedSession::Abor}, {"QUIT", &ScriptedSession::Quit},
     };
 };
 
@@ -82,12 +83,27 @@ Next ScriptedSession::List() {
 
 Next ScriptedSession::Retr() {
     const auto bytes = world_.File(argument_);
-    return bytes ? Transfer(*bytes) : Say("550 No such file.");
+    const std::size_t from = std::exchange(restart_, 0);
+    if (!bytes || from > bytes->size()) return Say("550 No such file.");
+    return Transfer(bytes->substr(from));
+}
+
+Next ScriptedSession::Rest() {
+    if (std::sscanf(argument_.c_str(), "%zu", &restart_) != 1) return Say("501 Not a number.");
+    return Say("350 From there.");
 }
 
 Next ScriptedSession::Stor() {
+    const std::size_t kept = std::exchange(restart_, 0);
+    return Take(world_.File(argument_).value_or(std::string()).substr(0, kept));
+}
+
+Next ScriptedSession::Appe() {
+    return Take(world_.File(argument_).value_or(std::string()));
+}
+
+Next ScriptedSession::Take(std::string bytes) {
     if (const Next next = Say("150 Give it to me."); next != Next::Go) return next;
-    std::string bytes;
     const Next next = TakeData(std::numeric_limits<std::size_t>::max(), &bytes);
     world_.SetFile(argument_, bytes);
     if (next != Next::Go) return next;

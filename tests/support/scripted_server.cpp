@@ -52,6 +52,10 @@ void ScriptedServer::At(const std::string& prefix, int occurrence, Script script
     state_->world.Order(prefix, occurrence, std::move(script));
 }
 
+void ScriptedServer::AtNext(const std::string& prefix, Script script) {
+    state_->world.OrderNext(prefix, std::move(script));
+}
+
 void ScriptedServer::Release() {
     state_->world.released.Raise();
 }
@@ -70,6 +74,10 @@ std::vector<std::string> ScriptedServer::Commands() const {
 
 bool ScriptedServer::WaitFor(const std::string& prefix, int occurrence) const {
     return state_->world.WaitFor(prefix, occurrence);
+}
+
+void ScriptedServer::RemoveFile(const std::string& name) {
+    state_->world.SetFile(name, std::nullopt);
 }
 
 // --- the steps ---
@@ -128,6 +136,11 @@ Step Say(std::string line) {
 Step Raw(std::string bytes) {
     return [bytes = std::move(bytes)](ScriptedSession& session) { return session.Raw(bytes); };
 }
+Step Replies(Manner manner, int which) {
+    return [manner = std::move(manner), which](ScriptedSession& session) {
+        return session.Behave(manner, which);
+    };
+}
 Step SayForever(std::string line) {
     return Forever(Say(std::move(line)));
 }
@@ -138,7 +151,15 @@ Step SendData(std::string bytes) {
     return [bytes = std::move(bytes)](ScriptedSession& session) { return session.SendData(bytes); };
 }
 Step SendDataForever(std::string bytes) {
-    return Forever(SendData(std::move(bytes)));
+    return [bytes = std::move(bytes)](ScriptedSession& session) {
+        using namespace std::chrono_literals;
+        Next next;
+        do {
+            next = session.SendData(bytes);
+            if (next == Next::Go) next = session.Pause(0ms);  // looks whether the client aborts
+        } while (next == Next::Go && session.DataStands());
+        return next;
+    };
 }
 Step TakeData(std::size_t bytes) {
     return [bytes](ScriptedSession& session) { return session.TakeData(bytes); };

@@ -32,7 +32,11 @@ using Step = std::function<Next(ScriptedSession&)>;
 using Script = std::vector<Step>;
 
 // The steps. On the control connection:
-Step Proper();                      // what a well-behaved server does with the command
+/// How a reply, line ends included, is sent; scripted_manners.h has some.
+using Manner = std::function<Next(ScriptedSession&, const std::string& reply)>;
+Step Replies(Manner manner, int which = 0);  // so are the replies sent that follow in this script: the
+                                             // `which`-th of the command, counted from 1; 0: each
+Step Proper();                               // what a well-behaved server does with the command
 Step Say(std::string line);         // a line; its "\r\n" is added. %p: the listening data port, as in
                                     // an EPSV reply; %P: the same as in a PASV reply, "78,90"
 Step Raw(std::string bytes);        // just these bytes
@@ -48,8 +52,8 @@ Step RefuseData();  // makes a port where nobody listens
 Step BlockData();   // makes a port where connecting never ends
 Step OpenData();    // accepts, or connects where the client sent PORT or EPRT
 Step SendData(std::string bytes);
-Step SendDataForever(std::string bytes);
-Step TakeData(std::size_t bytes);  // this many; less when the client ends before
+Step SendDataForever(std::string bytes);  // until the client leaves the data connection
+Step TakeData(std::size_t bytes);         // this many; less when the client ends before
 Step CloseData();
 Step ResetData();
 
@@ -73,10 +77,13 @@ class ScriptedServer {
     void At(const std::string& prefix, Script script) { At(prefix, 0, std::move(script)); }
     /// The same for its `occurrence` only, counted from 1 over all sessions; 0 means each.
     void At(const std::string& prefix, int occurrence, Script script);
+    /// The same once, at the next such command of any session.
+    void AtNext(const std::string& prefix, Script script);
     /// Lets one Hold go on, the present or the next.
     void Release();
 
     void AddFile(const std::string& name, const std::string& bytes);
+    void RemoveFile(const std::string& name);
     /// The bytes of a file, also of one that the client has stored; nothing without it.
     std::optional<std::string> File(const std::string& name) const;
     /// The lines of every listing; without them a line for each file.

@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "tests/support/line_client.h"
+#include "tests/support/scripted_manners.h"
 #include "tests/support/socket.h"
 
 namespace ftp_test {
@@ -169,6 +170,91 @@ TEST_F(Scripted, KeepsEarlyCommandsForLater) {
     EXPECT_EQ(data.Rest(), "hej");
     EXPECT_EQ(client.Reply().substr(0, 3), "226");
     EXPECT_EQ(client.Reply().substr(0, 3), "229");
+}
+
+TEST_F(Scripted, DeviatesOnceAtTheNextCommand) {
+    LineClient client("127.0.0.1", server.Port());
+    client.Reply();
+    EXPECT_EQ(client.Ask("NOOP").substr(0, 3), "200");
+    server.AtNext("NOOP", {Say("500 Not now.")});
+    EXPECT_EQ(client.Ask("NOOP"), "500 Not now.\n");
+    EXPECT_EQ(client.Ask("NOOP").substr(0, 3), "200");
+}
+
+TEST_F(Scripted, SendsRepliesInManyManners) {
+    const struct {
+        Manner manner;
+        std::string bytes;
+        bool ends = false;
+    } rows[] = {
+        {InPlaceOf("hello"), "hello"},
+        {Late(1ms), "213 3\r\n"},
+        {ByteByByte(), "213 3\r\n"},
+        {Lost(), ""},
+        {Doubled(), "213 3\r\n213 3\r\n"},
+        {Decorated("\x1b"), "213 3\x1b\r\n"},
+        {AfterLines(1), "213-" + std::string(56, 'x') + "\r\n213 3\r\n"},
+        {OfLength(10), "213 xxxxxx\r\n"},
+        {ClosedBefore(), "", true},
+        {ClosedAfter(), "213 3\r\n", true},
+        {ResetBefore(), "", true},
+    };
+    server.At("NOOP", {Close()});
+    for (const auto& row : rows) {
+        server.AtNext("SIZE", {Replies(row.manner), Proper()});
+        LineClient client("127.0.0.1", server.Port());
+        client.Reply();
+        client.Send(row.ends ? "SIZE a.txt\r\n" : "SIZE a.txt\r\nNOOP\r\n");
+        EXPECT_EQ(client.Rest(), row.bytes);
+    }
+}
+
+TEST_F(Scripted, LeavesAReplyOpenUntilTheClientGoes) {
+    server.At("SIZE", {Replies(Unterminated()), Proper()});
+    LineClient client("127.0.0.1", server.Port());
+    client.Reply();
+    client.Send("SIZE a.txt\r\n");
+    ASSERT_TRUE(server.WaitFor("SIZE"));
+    client.Send("QUIT\r\n");
+    EXPECT_EQ(client.Rest().substr(0, 5), "213 3");
+}
+
+TEST_F(Scripted, SpoilsOneOfSeveralReplies) {
+    server.At("RETR", {Replies(InPlaceOf("451 No.\r\n"), 2), Proper()});
+    LineClient client("127.0.0.1", server.Port());
+    client.Reply();
+    LineClient data("127.0.0.1", EpsvPort(client.Ask("EPSV")));
+    EXPECT_EQ(client.Ask("RETR a.txt").substr(0, 3), "150");
+    EXPECT_EQ(data.Rest(), "hej");
+    EXPECT_EQ(client.Reply(), "451 No.\n");
+}
+
+TEST_F(Scripted, GoesOnWhereAFileWasBrokenOff) {
+    LineClient client("127.0.0.1", server.Port());
+    client.Reply();
+    LineClient down("127.0.0.1", EpsvPort(client.Ask("EPSV")));
+    EXPECT_EQ(client.Ask("REST 1").substr(0, 3), "350");
+    EXPECT_EQ(client.Ask("RETR a.txt").substr(0, 3), "150");
+    EXPECT_EQ(down.Rest(), "ej");
+    EXPECT_EQ(client.Reply().substr(0, 3), "226");
+    {
+        LineClient up("127.0.0.1", EpsvPort(client.Ask("EPSV")));
+        EXPECT_EQ(client.Ask("APPE a.txt").substr(0, 3), "150");
+        up.Send("san");
+    }
+    EXPECT_EQ(client.Reply().substr(0, 3), "226");
+    EXPECT_EQ(server.File("a.txt"), "hejsan");
+}
+
+TEST_F(Scripted, EndsAnEndlessTransferWhenTheClientLeavesIt) {
+    server.At("RETR", {Say("150 Here it comes."), SendDataForever("hej"), Say("426 Gone.")});
+    LineClient client("127.0.0.1", server.Port());
+    client.Reply();
+    {
+        const LineClient data("127.0.0.1", EpsvPort(client.Ask("EPSV")));
+        EXPECT_EQ(client.Ask("RETR a.txt").substr(0, 3), "150");
+    }
+    EXPECT_EQ(client.Reply(), "426 Gone.\n");
 }
 
 TEST_F(Scripted, EndsWhileItStalls) {

@@ -37,6 +37,8 @@ void ScriptedSession::Run() {
 
 Next ScriptedSession::Obey(const std::string& command) {
     const std::size_t space = std::min(command.find(' '), command.size());
+    manner_ = nullptr;
+    replies_ = 0;
     verb_ = command.substr(0, space);
     argument_ = command.substr(std::min(space + 1, command.size()));
     for (const Step& step : world_.Record(command))
@@ -98,14 +100,27 @@ Next ScriptedSession::Stall() {
     return Wait(-1, 0);
 }
 
+Next ScriptedSession::Behave(Manner manner, int which) {
+    manner_ = std::move(manner);
+    manner_at_ = which;
+    return Next::Go;
+}
+
+Next ScriptedSession::Raw(const std::string& bytes) {
+    ++replies_;
+    const bool special = manner_ && (manner_at_ == 0 || manner_at_ == replies_);
+    return special ? manner_(*this, bytes) : Send(bytes);
+}
+
 Next ScriptedSession::Write(const Socket& socket, const std::string& bytes) {
     for (std::size_t sent = 0; sent < bytes.size();) {
         const ssize_t count = send(socket.Get(), bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
         if (count >= 0) {
             sent += static_cast<std::size_t>(count);
         } else if (errno != EAGAIN) {
-            return &socket == &control_ ? Next::End
-                                        : Next::Go;  // a data connection that the client has closed
+            if (&socket == &control_) return Next::End;
+            data_stands_ = false;  // the client has closed it
+            return Next::Go;
         } else if (const Next next = Wait(socket.Get(), POLLOUT); next != Next::Go) {
             return next;
         }
@@ -157,6 +172,7 @@ Next ScriptedSession::BlockData() {
 
 Next ScriptedSession::OpenData() {
     if (data_) return Next::Go;
+    data_stands_ = true;
     if (active_) data_ = Socket::Connecting(*active_);
     const Next next = active_ ? Wait(data_.Get(), POLLOUT) : Wait(listener_.Get(), POLLIN);
     if (next == Next::Go && !active_) data_ = listener_.Accept();

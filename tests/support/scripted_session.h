@@ -2,6 +2,7 @@
 // One client's session with a scripted server. Lives on a thread of its own.
 
 #include <chrono>
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -19,7 +20,12 @@ class ScriptedSession {
     // What scripts are made of; see the steps of the same names.
     Next Proper();
     Next Say(const std::string& line) { return Raw(WithPorts(line) + "\r\n"); }
-    Next Raw(const std::string& bytes) { return Write(control_, bytes); }
+    /// A reply, in the manner that holds for it.
+    Next Raw(const std::string& bytes);
+    /// Just these bytes.
+    Next Send(const std::string& bytes) { return Write(control_, bytes); }
+    /// How the `which`-th reply to this command is sent, 0: each.
+    Next Behave(Manner manner, int which);
     Next Pause(std::chrono::milliseconds duration);
     Next Hold();
     Next Stall();
@@ -30,6 +36,8 @@ class ScriptedSession {
     Next BlockData();
     Next OpenData();
     Next SendData(const std::string& bytes);
+    /// False once the client has left the data connection.
+    bool DataStands() const { return data_stands_; }
     Next TakeData(std::size_t bytes, std::string* taken = nullptr);
     Next CloseData();
     Next ResetData();
@@ -47,6 +55,7 @@ class ScriptedSession {
     Next Write(const Socket& socket, const std::string& bytes);
     std::string WithPorts(std::string line) const;
     Next Transfer(const std::string& bytes);
+    Next Take(std::string bytes);
 
     // The proper answers.
     Next Feat();
@@ -56,7 +65,9 @@ class ScriptedSession {
     Next Pasv();
     Next List();
     Next Retr();
+    Next Rest();
     Next Stor();
+    Next Appe();
     Next Size();
     Next Dele();
     Next Rnfr();
@@ -71,6 +82,10 @@ class ScriptedSession {
     std::string input_;               // received, not yet obeyed
     std::string verb_, argument_;     // of the command being obeyed
     std::string rename_from_;
+    std::size_t restart_ = 0;  // where the next transfer begins
+    Manner manner_;
+    int manner_at_ = 0, replies_ = 0;
+    bool data_stands_ = false;
     bool in_transfer_ = false;  // a transfer was broken off by the command that comes next
 };
 

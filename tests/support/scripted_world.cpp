@@ -11,6 +11,11 @@ void ScriptedWorld::Order(const std::string& prefix, int occurrence, Script scri
     deviations_.push_back({prefix, occurrence, std::move(script)});
 }
 
+void ScriptedWorld::OrderNext(const std::string& prefix, Script script) {
+    const std::lock_guard lock(mutex_);
+    deviations_.push_back({prefix, CountOf(prefix) + 1, std::move(script)});
+}
+
 int ScriptedWorld::CountOf(const std::string& prefix) const {
     return static_cast<int>(
         std::ranges::count_if(commands_, [&](const std::string& line) { return line.starts_with(prefix); }));

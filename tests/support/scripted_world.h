@@ -17,6 +17,7 @@ namespace ftp_test {
 class ScriptedWorld {
  public:
     void Order(const std::string& prefix, int occurrence, Script script);
+    void OrderNext(const std::string& prefix, Script script);
     /// Takes note of a command. What is to be done at it.
     Script Record(const std::string& command);
     std::vector<std::string> Commands() const;
