@@ -91,9 +91,10 @@ void Component::GetFile() {
                             ? ResolveLocalPath(DestinationFileName)
                             : std::nullopt;
     if (!target) return d_->RefusePath(DestinationFileName);
-    d_->Run(Retrieve{.remote = d_->codec.Encode(SourceFileName),
+    const std::string remote = d_->codec.Encode(SourceFileName);
+    d_->Run(Retrieve{.remote = remote,
                      .local_path = target->toStdString(),
-                     .label = SourceFileName.toStdString(),
+                     .label = NameCodec::Text(remote).toStdString(),  // as it was before it got its marks
                      .size = std::exchange(ExpectedSize, std::nullopt)},
             DestinationFileName);
 }

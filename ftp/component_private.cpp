@@ -11,6 +11,7 @@
 
 #include "ftp/error_text.h"
 #include "ftp/operation_gate.h"
+#include "ftp/visible_text.h"
 
 namespace ftp {
 namespace {
@@ -59,6 +60,7 @@ void Component::Private::Run(Operation operation, const QString& local_path) {
         if (std::exchange(reset_wanted_, false)) Perform(Reset{});
     }
     if (shut_down_) SetConnected(false);  // the worker may have been between two operations then
+    ForgetSecretsOfNoSession();
     SetBusy(false);
 }
 
@@ -93,8 +95,9 @@ void Component::Private::AwaitEnd() {
 }
 
 void Component::Private::Prepare(const Operation& operation) {
-    if (std::holds_alternative<ftp::Connect>(operation)) {
+    if (const auto* connect = std::get_if<ftp::Connect>(&operation)) {
         codec.Reset();
+        mask_.Set(connect->user, {connect->password, connect->account});
         component_->session_option_ = 0;
     }
     if (std::holds_alternative<Reset>(operation)) component_->ForgetProperties();
@@ -177,13 +180,13 @@ void Component::Private::DeliverNext() {
 }
 
 void Component::Private::On(const ftp::CommandSent& command) {
-    const QString line = codec.Decode(command.line);
+    const QString line = codec.Decode(mask_.Command(command.line));
     Raise(&Component::CommandSent, line);
     Raise(&Component::Debug, line);
 }
 
 void Component::Private::On(const ReplyLine& reply) {
-    Raise(&Component::Debug, codec.Decode(reply.line));
+    Raise(&Component::Debug, codec.Decode(mask_.Reply(reply.line)));
 }
 
 void Component::Private::On(const ListingBatch&) {
@@ -198,21 +201,21 @@ void Component::Private::On(const TransferStarted& transfer) {
 
 void Component::Private::On(const SessionChanged& session) {
     SetConnected(session.connected);
+    if (!running_) ForgetSecretsOfNoSession();
 }
 
 void Component::Private::On(const Problem& problem) {
     sampling_.stop();
     if (counting_) SampleProgress();
-    const auto [number, text] = DescribeFailure(problem.failure, WordsOf(problem.failure));
+    const auto [number, text] = DescribeFailure(problem.failure, WordsOf(problem.failure, local_path_));
     Raise(&Component::Error, number, text);
 }
 
 void Component::Private::On(const FileProblem& problem) {
     const QString label = QString::fromStdString(problem.label);
     const bool local = IsLocal(problem.failure.kind);
-    const auto [number, text] =
-        DescribeFailure(problem.failure, local ? label : codec.Decode(problem.failure.detail));
-    Raise(&Component::Error, number, local ? text : text + QStringLiteral(" [%1]").arg(label));
+    const auto [number, text] = DescribeFailure(problem.failure, WordsOf(problem.failure, label));
+    Raise(&Component::Error, number, local ? text : text + QStringLiteral(" [%1]").arg(VisibleText(label)));
 }
 
 void Component::Private::On(const Finished&) {
@@ -242,8 +245,12 @@ void Component::Private::SetConnected(bool connected) {
     Raise(&Component::ConnectedChanged, connected);
 }
 
-QString Component::Private::WordsOf(const Failure& failure) const {
-    return IsLocal(failure.kind) ? local_path_ : codec.Decode(failure.detail);
+QString Component::Private::WordsOf(const Failure& failure, const QString& local_path) const {
+    return IsLocal(failure.kind) ? local_path : NameCodec::Text(mask_.Words(failure.detail));
+}
+
+void Component::Private::ForgetSecretsOfNoSession() {
+    if (component_ && !component_->connected_) mask_.Clear();
 }
 
 }  // namespace ftp

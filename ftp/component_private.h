@@ -8,6 +8,7 @@
 #include "ftp/component.h"
 #include "ftp/mailbox.h"
 #include "ftp/name_codec.h"
+#include "ftp/secret_mask.h"
 
 namespace ftp {
 
@@ -61,7 +62,9 @@ class Component::Private : public QObject, public std::enable_shared_from_this<P
     void EndProgress();
     void SetBusy(bool busy);
     void SetConnected(bool connected);
-    QString WordsOf(const Failure& failure) const;
+    /// The failure's words, not marked yet.
+    QString WordsOf(const Failure& failure, const QString& local_path) const;
+    void ForgetSecretsOfNoSession();
 
     /// Any handler of the event may destroy the component, so look at component_ again afterwards.
     template <class Signal, class... Arguments>
@@ -85,6 +88,7 @@ class Component::Private : public QObject, public std::enable_shared_from_this<P
     bool counting_ = false;  // the transfer's bytes are to be reported
     std::int64_t reported_ = 0;
     QString local_path_;
+    SecretMask mask_;  // while there is a session, or one is being made
 
     std::unique_ptr<Worker> worker_;  // last: its thread puts into the mailbox until it is gone
 };

@@ -1,5 +1,7 @@
 #include "ftp/error_text.h"
 
+#include "ftp/visible_text.h"
+
 namespace ftp {
 namespace {
 
@@ -54,32 +56,12 @@ Description Describe(FailureKind kind) {
     return {57, u"Filen kan inte läsas eller skrivas"};
 }
 
-bool IsDirectionMark(char16_t c) {
-    return c == 0x061C || c == 0x200E || c == 0x200F || (c >= 0x202A && c <= 0x202E) ||
-           (c >= 0x2066 && c <= 0x2069);
-}
-
-/// Text from outside can neither break the line nor turn its direction around.
-QString Visible(QString text) {
-    for (QChar& each : text) {
-        const char16_t c = each.unicode();
-        if (c < 0x20) {
-            each = QChar(0x2400 + c);  // the pictures of the control codes
-        } else if (c == 0x7F) {
-            each = QChar(0x2421);
-        } else if ((c >= 0x80 && c < 0xA0) || c == 0x2028 || c == 0x2029 || IsDirectionMark(c)) {
-            each = QChar::ReplacementCharacter;
-        }
-    }
-    return text;
-}
-
 }  // namespace
 
 ErrorEvent DescribeFailure(const Failure& failure, const QString& words) {
     const Description known = Describe(failure.kind);
     const bool refused = failure.kind == FailureKind::Refused;
-    QString outside = Visible(words);
+    QString outside = VisibleText(words);
     if (refused) outside = (QString::number(failure.code) + u' ' + outside).trimmed();
     return {refused ? failure.code : known.number,
             known.sentence.toString() +

@@ -13,7 +13,7 @@ struct ErrorEvent {
     QString text;         // Swedish, with the server's own words where it sent some
 };
 
-/// `words` is Failure::detail as text.
+/// `words` is Failure::detail as text, or the local path; what does not show in it is marked (VisibleText).
 ErrorEvent DescribeFailure(const Failure& failure, const QString& words);
 
 }  // namespace ftp

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "ftp/listing_rows.h"
+#include "ftp/visible_text.h"
 
 namespace ftp {
 namespace {
@@ -40,21 +41,6 @@ QString FromWindows1252(std::string_view text) {
     return decoded;
 }
 
-std::optional<std::string> ToWindows1252(const QString& text) {
-    std::string encoded;
-    for (const QChar each : text) {
-        char16_t c = each.unicode();
-        const auto special = std::ranges::find(kSpecial, c);
-        if (special != kSpecial.end()) {
-            c = static_cast<char16_t>(kFirstSpecial + std::distance(kSpecial.begin(), special));
-        } else if (c > 0xFF || (c >= kFirstSpecial && c < kFirstSpecial + kSpecial.size())) {
-            return std::nullopt;
-        }
-        encoded += static_cast<char>(c);
-    }
-    return encoded;
-}
-
 /// As NameOfListingLine, of the bytes: the blank is the same byte in every encoding here.
 std::string_view NameBytes(std::string_view line) {
     return line.empty() ? line : line.substr(line.substr(0, line.size() - 1).rfind(' ') + 1);
@@ -72,29 +58,49 @@ void NameCodec::NewListing() {
 }
 
 QString NameCodec::DecodeListing(std::string_view line) {
-    QString text = Decode(line);
+    const QString text = Text(line);
+    QString shown = VisibleText(text);
     const std::string_view name = NameBytes(line);
-    if (!IsAscii(name)) {
-        if (!FromUtf8(name)) legacy_ = true;
-        // Kept also where Encode would make the same bytes now: a later name may switch to the legacy
-        // encoding.
-        exact_.insert(NameOfListingLine(text), QByteArray(name.data(), static_cast<qsizetype>(name.size())));
+    const bool ascii = IsAscii(name);
+    if (!ascii && !FromUtf8(name)) legacy_ = true;
+    // Kept also where Encode would make the same bytes now: a later name may switch to the legacy encoding.
+    if (!ascii || shown != text) {
+        exact_.insert(NameOfListingLine(shown), QByteArray(name.data(), static_cast<qsizetype>(name.size())));
     }
-    return text;
+    return shown;
 }
 
 QString NameCodec::Decode(std::string_view text) const {
-    if (IsAscii(text)) return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
-    const auto decoded = FromUtf8(text);
-    return decoded ? *decoded : FromWindows1252(text);
+    return VisibleText(Text(text));
 }
 
 std::string NameCodec::Encode(const QString& name) const {
     if (const auto shown = exact_.constFind(name); shown != exact_.constEnd()) return shown->toStdString();
     if (legacy_) {
-        if (auto encoded = ToWindows1252(name)) return *std::move(encoded);
+        if (auto encoded = Legacy(name)) return *std::move(encoded);
     }
     return name.toStdString();
+}
+
+QString NameCodec::Text(std::string_view bytes) {
+    if (IsAscii(bytes)) return QString::fromLatin1(bytes.data(), static_cast<qsizetype>(bytes.size()));
+    const auto decoded = FromUtf8(bytes);
+    return decoded ? *decoded : FromWindows1252(bytes);
+}
+
+std::optional<std::string> NameCodec::Legacy(const QString& text) {
+    std::string encoded;
+    for (const QChar each : text) {
+        char16_t c = each.unicode();
+        const auto special = std::ranges::find(kSpecial, c);
+        if (special != kSpecial.end()) {
+            c = static_cast<char16_t>(kFirstSpecial + std::distance(kSpecial.begin(), special));
+        } else if (c > 0xFF || (c >= kFirstSpecial && c < kFirstSpecial + kSpecial.size())) {
+            return std::nullopt;
+        }
+        encoded += static_cast<char>(c);
+    }
+    return encoded;
 }
 
 }  // namespace ftp

@@ -147,7 +147,7 @@ TEST_F(Misbehaviour, ShowsHostileWordsAsTheyAre) {
     component->DirectoryName = QStringLiteral("a");
     component->ChangeDirectory();
     ASSERT_EQ(OnlyError(), 550);
-    EXPECT_EQ(errors.front().second, "Servern vägrar: 550 a␛[2J�b");
+    EXPECT_EQ(errors.front().second, "Servern vägrar: 550 a␛[2J‹U+202E›b");
 }
 
 TEST_F(Misbehaviour, NeverSendsALineEndInAName) {

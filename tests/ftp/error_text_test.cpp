@@ -53,15 +53,15 @@ TEST(ErrorEvent, TellsTheFailure) {
     }
 }
 
-TEST(ErrorEvent, ShowsTextFromOutsideAsItIs) {
+TEST(ErrorEvent, MarksWhatDoesNotShowInTextFromOutside) {
     struct {
         QString words;
         const char* shown;
     } const rows[] = {
         {QStringLiteral("\r\nKLART"), "␍␊KLART"},
         {QString(u'\0') + u'\x1b' + u'\x7f', "␀␛␡"},
-        {QStringLiteral("a\u0085b\u2028c\u2029d"), "a�b�c�d"},
-        {QStringLiteral("\u202Efdp.exe\u202C \u2066x\u2069 \u200E\u200F\u061C"), "�fdp.exe� �x� ���"},
+        {QStringLiteral("a\u0085b\u2028c"), "a‹U+0085›b‹U+2028›c"},
+        {QStringLiteral("\u202Efdp.exe\u202C"), "‹U+202E›fdp.exe‹U+202C›"},
         {QStringLiteral("räksmörgås €"), "räksmörgås €"},
     };
     for (const auto& row : rows) {

@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
+#include <map>
 #include <string>
+
+#include "ftp/listing_rows.h"
 
 namespace ftp {
 namespace {
@@ -21,7 +26,7 @@ TEST(NameCodec, ReadsUtf8OrElseWindows1252) {
         {"r\xC3\xA4ksm\xC3\xB6rg\xC3\xA5s", QStringLiteral("räksmörgås")},
         {"r\xE4ksm\xF6rg\xE5s", QStringLiteral("räksmörgås")},
         {"\x80 5 \x96 \x9F", QStringLiteral("€ 5 – Ÿ")},
-        {"\x81\x8D\x8F\x90\x9D", QStringLiteral("\u0081\u008D\u008F\u0090\u009D")},
+        {"\x81\x8D\x8F\x90\x9D", QStringLiteral("‹U+0081›‹U+008D›‹U+008F›‹U+0090›‹U+009D›")},
         {"\xC3", QStringLiteral("Ã")},                 // cut short
         {"\xC0\xAF", QStringLiteral("À¯")},            // overlong
         {"\xED\xA0\x80", QStringLiteral("í\u00A0€")},  // a surrogate
@@ -29,8 +34,12 @@ TEST(NameCodec, ReadsUtf8OrElseWindows1252) {
         {"\xF0\x9F\x90\xA2", QStringLiteral("🐢")},
         {"\xEF\xBB\xBF"
          "a",
-         QStringLiteral("\uFEFFa")},  // nothing is lost
-        {"a\0b"s, QStringLiteral("a\0b")},
+         QStringLiteral("‹U+FEFF›a")},  // nothing is lost
+        {"a\0b\t\x1b\x7f"s, QStringLiteral("a␀b␉␛␡")},
+        {"a\x1b\xE5", QStringLiteral("a␛å")},
+        {"\xE2\x80\xAEgpj.exe", QStringLiteral("‹U+202E›gpj.exe")},
+        {"\xE2\x80\xAE\xE5", QStringLiteral("â€®å")},  // no direction mark in Windows-1252
+        {"\xE2\x90\x9B", QStringLiteral("‹U+241B›")},
     };
     for (const TextRow& row : rows) {
         EXPECT_EQ(NameCodec().Decode(row.bytes), row.text) << row.text.toStdString();
@@ -43,12 +52,20 @@ TEST(NameCodec, SendsBackTheBytesThatWereShown) {
         {"-rw-r--r-- 1 u g 1 Jan 1 10:00 plain.htm", QStringLiteral("plain.htm")},
         {"-rw-r--r-- 1 u g 1 Jan 1 10:00 \xE5\xE4\xF6.htm", QStringLiteral("åäö.htm")},
         {"-rw-r--r-- 1 u g 1 Jan 1 10:00 \xC3\xA5\xC3\xA4\xC3\xB6.gif", QStringLiteral("åäö.gif")},
-        {"-rw-r--r-- 1 u g 1 Jan 1 10:00 a\x81", QStringLiteral("a\u0081")},
+        {"-rw-r--r-- 1 u g 1 Jan 1 10:00 a\x81", QStringLiteral("a‹U+0081›")},
+        {"-rw-r--r-- 1 u g 1 Jan 1 10:00 a\x1b[31m.txt", QStringLiteral("a␛[31m.txt")},
+        {"-rw-r--r-- 1 u g 1 Jan 1 10:00 a\tb", QStringLiteral("a␉b")},
+        {"-rw-r--r-- 1 u g 1 Jan 1 10:00 a\xE2\x80\xAEtxt.exe", QStringLiteral("a‹U+202E›txt.exe")},
+        {"-rw-r--r-- 1 u g 1 Jan 1 10:00 \xE2\x80\x8B", QStringLiteral("‹U+200B›")},
+        {"-rw-r--r-- 1 u g 1 Jan 1 10:00 \xE5\x7F", QStringLiteral("å␡")},
+        {"-rw-r--r-- 1 u g 1 Jan 1 10:00 \x01", QStringLiteral("␁")},
+        {"a\x1b b", QStringLiteral("b")},
+        {"x a\x02 ", QStringLiteral("a␂ ")},
         {"-rw-r--r-- 1 u g 1 m\xE4r 1 10:00 \xC3\xA5.htm", QStringLiteral("Ã¥.htm")},
         {"-rw-r--r-- 1 u g 1 Jan 1 10:00 my p\xE5ge.htm", QStringLiteral("påge.htm")},
         {"\xEF\xBB\xBF"
          "a",
-         QStringLiteral("\uFEFFa")},
+         QStringLiteral("‹U+FEFF›a")},
         {"\xE5", QStringLiteral("å")},
         {"x \xE5 ", QStringLiteral("å ")},
     };
@@ -83,6 +100,44 @@ TEST(NameCodec, SendsTypedNamesAsTheServerWritesItsOwn) {
     EXPECT_EQ(codec.Encode(typed), legacy) << "the session's server has not changed";
     codec.Reset();
     EXPECT_EQ(codec.Encode(typed), utf8);
+}
+
+TEST(NameCodec, TellsNamesApartThatLookAlike) {
+    const std::string names[] = {
+        "a.txt",
+        "a.txt\x01",
+        "a.txt\xE2\x80\x8B",
+        "a.txt\xE2\x80\x8C",
+        "a\xC2\xAD.txt",
+        "a.txt\xE2\x90\x81",                                      // a literal "␁"
+        "a.txt\xE2\x80\xB9U+200B\xE2\x80\xBA",                    // a literal "‹U+200B›"
+        "a.txt\xE2\x80\xB9U+2039\xE2\x80\xBAU+200B\xE2\x80\xBA",  // and what that is shown as
+    };
+    NameCodec codec;
+    std::map<QString, std::string> shown;
+    for (const std::string& name : names) shown[codec.DecodeListing("- 1 " + name).mid(4)] = name;
+    EXPECT_EQ(shown.size(), std::size(names));
+    for (const auto& [text, name] : shown) EXPECT_EQ(codec.Encode(text), name) << text.toStdString();
+    codec.NewListing();
+    EXPECT_EQ(codec.Encode(QStringLiteral("a.txt␁")), "a.txt\xE2\x90\x81") << "typed, not shown";
+}
+
+TEST(NameCodec, TakesLongNamesOfAnything) {
+    std::string all;
+    for (int c = 1; c < 256; ++c) {
+        if (c != '\n' && c != ' ') all += static_cast<char>(c);
+    }
+    std::string bytes;
+    while (bytes.size() < 4000) bytes += all;
+    std::string hidden;
+    while (hidden.size() < 4000) hidden += "\xE2\x80\xAE\xF3\xA0\x81\x81";
+    for (const std::string& name : {bytes, hidden, hidden + '\xFF', std::string(4000, '\x01')}) {
+        NameCodec codec;
+        const QString line = codec.DecodeListing("-rw-r--r-- 1 u g 1 Jan 1 10:00 " + name);
+        const QString shown = NameOfListingLine(line);
+        EXPECT_EQ(codec.Encode(shown), name) << shown.left(40).toStdString();
+        EXPECT_TRUE(std::ranges::all_of(shown.toUcs4(), [](uint c) { return QChar::isPrint(c); }));
+    }
 }
 
 TEST(NameCodec, ForgetsAListingWithTheNext) {
