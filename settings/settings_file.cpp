@@ -1,13 +1,19 @@
 #include "settings/settings_file.h"
 
+#include <QList>
 #include <QStringDecoder>
 #include <algorithm>
 #include <cctype>
+#include <utility>
 
 namespace settings {
 namespace {
 
 constexpr qsizetype kEscapeDigits = 4;
+
+// Neither can be an entry or a section, so that a file without its first line is no file of the earlier form.
+constexpr QStringView kFirstLine = u"# websmide 2";
+constexpr QStringView kLastLine = u"# end";
 
 bool IsBare(QChar c) {
     return c != u'\\' && c.category() != QChar::Other_Control && !c.isSurrogate();
@@ -77,6 +83,18 @@ std::optional<QString> Decode(const QByteArray& bytes) {
     return text;
 }
 
+/// Without their ends, and without the empty ones.
+QList<QStringView> LinesOf(const QString& text) {
+    QList<QStringView> lines;
+    for (QStringView line : QStringView(text).split(u'\n')) {
+        line.chop(line.endsWith(u'\r') ? 1 : 0);
+        if (!line.isEmpty()) {
+            lines += line;
+        }
+    }
+    return lines;
+}
+
 bool HoldsControls(QStringView line) {
     return std::ranges::any_of(line, [](QChar c) { return c.category() == QChar::Other_Control; });
 }
@@ -107,11 +125,20 @@ std::optional<Sections> Parse(const QByteArray& bytes) {
     if (!text) {
         return std::nullopt;
     }
+    QList<QStringView> lines = LinesOf(*text);
+    if (lines.isEmpty()) {
+        return std::nullopt;
+    }
+    if (lines.first() == kFirstLine) {
+        lines.removeFirst();
+        if (!lines.removeOne(kLastLine)) {
+            return std::nullopt;
+        }
+    }
     Sections sections;
     QMap<QString, QString>* section = nullptr;
-    for (QStringView line : QStringView(*text).split(u'\n')) {
-        line.chop(line.endsWith(u'\r') ? 1 : 0);
-        if (!line.isEmpty() && (HoldsControls(line) || !Take(line, sections, section))) {
+    for (const QStringView line : std::as_const(lines)) {
+        if (HoldsControls(line) || !Take(line, sections, section)) {
             return std::nullopt;
         }
     }
@@ -119,13 +146,15 @@ std::optional<Sections> Parse(const QByteArray& bytes) {
 }
 
 QByteArray Serialise(const Sections& sections) {
-    QString text;
+    QString text = kFirstLine.toString() + u'\n';
     for (auto section = sections.begin(); section != sections.end(); ++section) {
         text += u'[' + Escape(section.key(), {}) + QStringLiteral("]\n");
         for (auto entry = section->begin(); entry != section->end(); ++entry) {
-            text += Escape(entry.key(), u"[=") + u'=' + Escape(entry.value(), {}) + u'\n';
+            text += Escape(entry.key(), u"[=#") + u'=' + Escape(entry.value(), {}) + u'\n';
         }
     }
+    text += kLastLine;
+    text += u'\n';
     return text.toUtf8();
 }
 

@@ -121,6 +121,10 @@ FileResult Store::Private::Understand(Application& application, const QByteArray
     QByteArray aside;
     const FileResult result = platform::SetFileAside(application.path, ".trasig-", aside);
     const bool moved = result == FileResult::Done;
+    if (moved) {
+        // It holds passwords, and its permissions may be anything.
+        QFile::setPermissions(QFile::decodeName(aside), QFile::ReadOwner | QFile::WriteOwner);
+    }
     if (moved || result != application.state) {
         Report(kInvalidFormat,
                QStringLiteral("Inställningarna i ") + TheFile(application.path) +

@@ -2,8 +2,9 @@
 // The per-user settings store: string values by application, section and key. UI thread only.
 //
 // One file per application below the user's configuration folder (websmide/), mode 0600, replaced atomically.
-// A missing value reads as the empty string. A file that cannot be understood is never overwritten: it is set
-// aside under another name first. Problems are told to the problem handler, in Swedish, and never thrown.
+// A missing value reads as the empty string. A file that cannot be understood, or has lost its end, is never
+// overwritten: it is set aside under another name first, for its owner only. Problems are told to the problem
+// handler, in Swedish, and never thrown.
 
 #include <QString>
 #include <QStringList>

@@ -7,6 +7,7 @@
 
 #include "platform/folder.h"
 #include "tests/platform/scratch_folder.h"
+#include "tests/settings/settings_text.h"
 
 namespace settings {
 namespace {
@@ -51,32 +52,30 @@ TEST_F(FavouritesTest, AreTheProgramsOwnFoldersAtFirst) {
     EXPECT_EQ(favourites.count, 3);
     // The file escapes a backslash.
     const QByteArray program = program_.toUtf8().replace("\\", "\\\\");
-    EXPECT_EQ(Content(),
-              "[Favvisar]\n"
-              "Antal=3\n"
-              "favvis_dir0=" +
-                  program +
-                  "\n"
-                  "favvis_dir1=" +
-                  program +
-                  "\\\\mallar\n"
-                  "favvis_dir2=" +
-                  program +
-                  "\\\\program\n"
-                  "favvis_namn0=Websmide's katalog\n"
-                  "favvis_namn1=Websmide's mallar\n"
-                  "favvis_namn2=Websmide's projekt\n");
+    EXPECT_EQ(Content(), WholeFile("[Favvisar]\n"
+                                   "Antal=3\n"
+                                   "favvis_dir0=" +
+                                   program +
+                                   "\n"
+                                   "favvis_dir1=" +
+                                   program +
+                                   "\\\\mallar\n"
+                                   "favvis_dir2=" +
+                                   program +
+                                   "\\\\program\n"
+                                   "favvis_namn0=Websmide's katalog\n"
+                                   "favvis_namn1=Websmide's mallar\n"
+                                   "favvis_namn2=Websmide's projekt\n"));
 }
 
 TEST_F(FavouritesTest, AreStoredAsTheyAreGiven) {
     SaveFavourites(store_, {"Hemma", " åäö = [x] "}, {"C:\\home\\anna", "D:\\"});
-    EXPECT_EQ(Content(),
-              "[Favvisar]\n"
-              "Antal=2\n"
-              "favvis_dir0=C:\\\\home\\\\anna\n"
-              "favvis_dir1=D:\\\\\n"
-              "favvis_namn0=Hemma\n"
-              "favvis_namn1=\\u0020åäö = [x]\\u0020\n");
+    EXPECT_EQ(Content(), WholeFile("[Favvisar]\n"
+                                   "Antal=2\n"
+                                   "favvis_dir0=C:\\\\home\\\\anna\n"
+                                   "favvis_dir1=D:\\\\\n"
+                                   "favvis_namn0=Hemma\n"
+                                   "favvis_namn1=\\u0020åäö = [x]\\u0020\n"));
     Store again(folder_.Path());
     const Favourites favourites = LoadFavourites(again);
     EXPECT_EQ(favourites.names, (QStringList{"Hemma", " åäö = [x] "}));
@@ -87,15 +86,14 @@ TEST_F(FavouritesTest, KeepWhatALongerListHasLeft) {
     Set("Antal", "3");
     Plant(3);
     SaveFavourites(store_, {"c"}, {"C:\\c"});
-    EXPECT_EQ(Content(),
-              "[Favvisar]\n"
-              "Antal=1\n"
-              "favvis_dir0=C:\\\\c\n"
-              "favvis_dir1=C:\\\\b\n"
-              "favvis_dir2=C:\\\\c\n"
-              "favvis_namn0=c\n"
-              "favvis_namn1=b\n"
-              "favvis_namn2=c\n");
+    EXPECT_EQ(Content(), WholeFile("[Favvisar]\n"
+                                   "Antal=1\n"
+                                   "favvis_dir0=C:\\\\c\n"
+                                   "favvis_dir1=C:\\\\b\n"
+                                   "favvis_dir2=C:\\\\c\n"
+                                   "favvis_namn0=c\n"
+                                   "favvis_namn1=b\n"
+                                   "favvis_namn2=c\n"));
     EXPECT_EQ(LoadFavourites(store_).names, QStringList("c"));
 }
 
@@ -117,11 +115,10 @@ TEST_F(FavouritesTest, SavedEmptyComeBackAsTheProgramsOwn) {
     Set("Antal", "1");
     Plant(1);
     SaveFavourites(store_, {}, {});
-    EXPECT_EQ(Content(),
-              "[Favvisar]\n"
-              "Antal=stopp!\n"
-              "favvis_dir0=C:\\\\a\n"
-              "favvis_namn0=a\n");
+    EXPECT_EQ(Content(), WholeFile("[Favvisar]\n"
+                                   "Antal=stopp!\n"
+                                   "favvis_dir0=C:\\\\a\n"
+                                   "favvis_namn0=a\n"));
     const Favourites favourites = LoadFavourites(store_);
     EXPECT_EQ(favourites.names, default_names_);
     EXPECT_EQ(favourites.folders, default_folders_);
@@ -178,8 +175,10 @@ TEST_F(FavouritesTest, LeaveOutWhatIsMissingOnEachSide) {
 
 TEST_F(FavouritesTest, WithoutAFolderAreStoredSo) {
     SaveFavourites(store_, {"a", "b"}, {"C:\\a"});
-    EXPECT_EQ(Content(),
-              "[Favvisar]\nAntal=2\nfavvis_dir0=C:\\\\a\nfavvis_dir1=\nfavvis_namn0=a\nfavvis_namn1=b\n");
+    EXPECT_EQ(
+        Content(),
+        WholeFile(
+            "[Favvisar]\nAntal=2\nfavvis_dir0=C:\\\\a\nfavvis_dir1=\nfavvis_namn0=a\nfavvis_namn1=b\n"));
 }
 
 // Each attempt to write a file that cannot be there is reported.

@@ -4,12 +4,15 @@
 
 #include <random>
 
+#include "tests/settings/settings_text.h"
+
 namespace settings {
 namespace {
 
 TEST(SettingsFile, IsReadable) {
     const Sections sections = {{"general", {{"antal", "1"}, {"visa", ""}}}, {"0", {{"host", "ftp.å.se"}}}};
-    EXPECT_EQ(Serialise(sections), "[0]\nhost=ftp.å.se\n[general]\nantal=1\nvisa=\n");
+    EXPECT_EQ(Serialise(sections), "# websmide 2\n[0]\nhost=ftp.å.se\n[general]\nantal=1\nvisa=\n# end\n");
+    EXPECT_EQ(Serialise({}), "# websmide 2\n# end\n");
 }
 
 TEST(SettingsFile, Understands) {
@@ -18,8 +21,13 @@ TEST(SettingsFile, Understands) {
         Sections sections;
     };
     const Row rows[] = {
-        {"", {}},
-        {"\n\n", {}},
+        {"# websmide 2\n# end", {}},
+        {"# websmide 2\n[a]\nk=v\n# end\n", {{"a", {{"k", "v"}}}}},
+        {"\xEF\xBB\xBF\r\n# websmide 2\r\n\r\n[a]\r\nk=v\r\n\r\n# end\r\n\r\n", {{"a", {{"k", "v"}}}}},
+        {"# websmide 2\n[a]\nk=v\n# end\n\nl=w\n[b]\n", {{"a", {{"k", "v"}, {"l", "w"}}}, {"b", {}}}},
+        {"# websmide 2\n[a]\n# end=1\n# websmide 2=3\n# end\n",
+         {{"a", {{"# end", "1"}, {"# websmide 2", "3"}}}}},
+        // of an earlier version
         {"[a]", {{"a", {}}}},
         {"[a]\nk=v", {{"a", {{"k", "v"}}}}},
         {"\xEF\xBB\xBF[a]\r\nk=v\r\n\r\n", {{"a", {{"k", "v"}}}}},
@@ -40,6 +48,18 @@ TEST(SettingsFile, Understands) {
 
 TEST(SettingsFile, RefusesGarbage) {
     const QByteArray rows[] = {
+        "",
+        "\n\n",
+        "\xEF\xBB\xBF",
+        "# websmide 2\n",
+        "# websmide 2\n[a]\nk=v\n",
+        "# websmide 2\n[a]\nk=v\n# end\n# end\n",
+        "# websmide 2\n# websmide 2\n[a]\nk=v\n# end\n",
+        "# websmide 3\n[a]\nk=v\n# end\n",
+        " # websmide 2\n[a]\nk=v\n# end\n",
+        "[a]\nk=v\n# end\n",
+        "[a]\n# websmide 2\nk=v\n# end\n",
+        QByteArray("# websmide 2\n[a]\nk=v\n# end\n\0\0", 30),
         QByteArray("[a]\nk=v\0\n", 9),
         QByteArray(100, '\0'),
         "[a]\nk=v\x01\n",
@@ -78,6 +98,21 @@ TEST(SettingsFile, RefusesGarbage) {
     }
 }
 
+TEST(SettingsFile, RefusesAFileThatHasLostItsEnd) {
+    const Sections sections = {
+        {"general", {{"antal", "2"}}},
+        {"0", {{"host", "ftp.exempel.se"}, {"pass", " hemligt\n"}, {"namn", "Åsas sida"}, {"user", ""}}},
+        {"1", {{"host", "[::1]:21"}, {"pass", "a=b\\"}, {"namn", "🐟"}}},
+        {"# end", {{"# end", "# end"}}},
+        {"", {{"", ""}}},
+    };
+    const QByteArray whole = Serialise(sections);
+    for (qsizetype length = 0; length < whole.size() - 1; ++length) {
+        EXPECT_EQ(Parse(whole.first(length)), std::nullopt) << whole.first(length).toStdString();
+    }
+    EXPECT_EQ(Parse(whole.chopped(1)), sections) << "nothing is lost with the last line's end";
+}
+
 TEST(SettingsFile, HasALargestSize) {
     const QByteArray head = "[a]\nk=";
     EXPECT_TRUE(Parse(head + QByteArray(kMaxFileSize - head.size(), 'x')));
@@ -105,11 +140,12 @@ TEST(SettingsFile, EscapesWhatAnEditorWouldSpoil) {
     };
     for (const Row& row : rows) {
         const Sections sections = {{"s", {{"k", row.value}}}};
-        EXPECT_EQ(Serialise(sections), "[s]\n" + row.line + '\n');
+        EXPECT_EQ(Serialise(sections), WholeFile("[s]\n" + row.line + '\n'));
         EXPECT_EQ(Parse(Serialise(sections)), sections) << row.line.toStdString();
     }
-    const Sections keys = {{"a]\nb", {{"[k]", "1"}, {"a=b", "2"}, {" ", "3"}, {"", "4"}}}};
-    EXPECT_EQ(Serialise(keys), "[a]\\u000ab]\n=4\n\\u0020=3\n\\u005bk]=1\na\\u003db=2\n");
+    const Sections keys = {{"a]\nb", {{"[k]", "1"}, {"a=b", "2"}, {" ", "3"}, {"", "4"}, {"# end", "5"}}}};
+    EXPECT_EQ(Serialise(keys),
+              WholeFile("[a]\\u000ab]\n=4\n\\u0020=3\n\\u0023 end=5\n\\u005bk]=1\na\\u003db=2\n"));
     EXPECT_EQ(Parse(Serialise(keys)), keys);
 }
 

@@ -13,6 +13,7 @@
 #include "settings/settings_file.h"
 #include "tests/platform/as_nobody.h"
 #include "tests/platform/scratch_folder.h"
+#include "tests/settings/settings_text.h"
 
 namespace settings {
 namespace {
@@ -95,16 +96,25 @@ TEST_F(StoreTest, IsForItsOwnerOnly) {
     EXPECT_EQ(Mode(File()), 0600u);
 }
 
+TEST_F(StoreTest, IsForItsOwnerOnlyWhateverIsUsual) {
+    const mode_t usual = umask(0);
+    Store(Folder()).SaveSetting(kApp, "s", "k", "v");
+    Store(Folder()).SaveSetting(kApp, "s", "k", "w");
+    umask(usual);
+    EXPECT_EQ(Mode(Folder()), 0700u);
+    EXPECT_EQ(Mode(File()), 0600u);
+}
+
 TEST_F(StoreTest, LiesInTheUsersConfigurationFolder) {
     qputenv("XDG_CONFIG_HOME", folder_.Native("inte/än"));
     Store().SaveSetting(kApp, "s", "k", "v");
-    EXPECT_EQ(Content(folder_.FilePath("inte/än/websmide/") + kFileName), "[s]\nk=v\n");
+    EXPECT_EQ(Content(folder_.FilePath("inte/än/websmide/") + kFileName), WholeFile("[s]\nk=v\n"));
     qunsetenv("XDG_CONFIG_HOME");
 }
 
 TEST_F(StoreTest, KeepsAnEmptyValueAsAKey) {
     Store(Folder()).SaveSetting(kApp, "s", "k", "");
-    EXPECT_EQ(Content(), "[s]\nk=\n");
+    EXPECT_EQ(Content(), WholeFile("[s]\nk=\n"));
 }
 
 TEST_F(StoreTest, DoesNotTouchTheDiskForAnUnchangedValue) {
@@ -131,8 +141,8 @@ TEST_F(StoreTest, WritesABatchAtOnce) {
         EXPECT_EQ(store.GetSetting(kApp, "s", "a"), "1");
         EXPECT_FALSE(QDir(Folder()).exists());
     }
-    EXPECT_EQ(Content(), "[s]\na=1\n");
-    EXPECT_EQ(Content(Folder() + "/Websmide.conf"), "[s]\nb=2\n");
+    EXPECT_EQ(Content(), WholeFile("[s]\na=1\n"));
+    EXPECT_EQ(Content(Folder() + "/Websmide.conf"), WholeFile("[s]\nb=2\n"));
 }
 
 TEST_F(StoreTest, KeepsALinkedFileWhereItIs) {
@@ -140,7 +150,7 @@ TEST_F(StoreTest, KeepsALinkedFileWhereItIs) {
     ASSERT_TRUE(QFile::link(folder_.FilePath("annan"), File()));
     Store(Folder()).SaveSetting(kApp, "s", "k", "v");
     EXPECT_TRUE(QFileInfo(File()).isSymLink());
-    EXPECT_EQ(Content(folder_.FilePath("annan")), "[s]\nk=v\n");
+    EXPECT_EQ(Content(folder_.FilePath("annan")), WholeFile("[s]\nk=v\n"));
 }
 
 TEST_F(StoreTest, SeesWhatAnotherProgramWrites) {
@@ -156,7 +166,7 @@ TEST_F(StoreTest, SeesWhatAnotherProgramWrites) {
         EXPECT_EQ(ours.GetSetting(kApp, "s", "a"), "3");
         EXPECT_EQ(ours.GetSetting(kApp, "s", "c"), "5");
     }
-    EXPECT_EQ(Content(), "[s]\na=3\nb=2\nc=5\n");
+    EXPECT_EQ(Content(), WholeFile("[s]\na=3\nb=2\nc=5\n"));
 }
 
 TEST_F(StoreTest, RunningProgramsDoNotLoseEachOthersKeys) {
@@ -201,10 +211,87 @@ TEST_F(StoreTest, SetsGarbageAsideAndGoesOn) {
         EXPECT_EQ(Content(Folder() + '/' + aside), garbage);
         EXPECT_FALSE(QFile::exists(File()));
         store.SaveSetting(kApp, "s", "k", "v");
-        EXPECT_EQ(Content(), "[s]\nk=v\n");
+        EXPECT_EQ(Content(), WholeFile("[s]\nk=v\n"));
         EXPECT_EQ(problems.numbers.size(), 1);
     }
     EXPECT_EQ(Names().size(), 3);
+}
+
+TEST_F(StoreTest, SetsAFileAsideThatHasLostItsEnd) {
+    Store(Folder()).SaveSetting(kApp, "0", "pass", "hemligt å");
+    const QByteArray whole = Content();
+    for (qsizetype length = 0; length < whole.size() - 1; ++length) {
+        SCOPED_TRACE(length);
+        Plant(whole.first(length));
+        chmod(NativeFile().constData(), 0644);
+        Store store(Folder());
+        Problems problems(store);
+        store.SaveSetting(kApp, "0", "host", "ny");
+        ASSERT_EQ(problems.numbers, QList<int>{321});
+        ASSERT_EQ(Content(File() + ".trasig-1"), whole.first(length));
+        ASSERT_EQ(Mode(File() + ".trasig-1"), 0600u);
+        ASSERT_EQ(Content(), WholeFile("[0]\nhost=ny\n"));
+        ASSERT_TRUE(QFile::remove(File() + ".trasig-1"));
+    }
+}
+
+TEST_F(StoreTest, KeepsTheBytesOfAFileWithFlippedBits) {
+    Store(Folder()).SaveSetting(kApp, "0", "pass", "hemligt å\\");
+    const QByteArray whole = Content();
+    int refused = 0;
+    for (qsizetype bit = 0; bit < whole.size() * 8; ++bit) {
+        SCOPED_TRACE(bit);
+        QByteArray flipped = whole;
+        flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ (1 << (bit % 8)));
+        Plant(flipped);
+        Store store(Folder());
+        Problems problems(store);
+        store.GetSetting(kApp, "0", "pass");
+        const bool understood = Parse(flipped).has_value();
+        refused += understood ? 0 : 1;
+        ASSERT_EQ(problems.numbers, understood ? QList<int>() : QList<int>{321});
+        const QString place = understood ? File() : File() + ".trasig-1";
+        ASSERT_EQ(Content(place), flipped);
+        ASSERT_TRUE(QFile::remove(place));
+    }
+    EXPECT_GT(refused, whole.size()) << "every bit of the first and the last line, and many in between";
+}
+
+TEST_F(StoreTest, TakesAnOldFileOver) {
+    Plant("[s]\nk=v\n");
+    Store store(Folder());
+    Problems problems(store);
+    EXPECT_EQ(store.GetSetting(kApp, "s", "k"), "v");
+    EXPECT_EQ(Content(), "[s]\nk=v\n");
+    store.SaveSetting(kApp, "s", "l", "w");
+    EXPECT_EQ(Content(), WholeFile("[s]\nk=v\nl=w\n"));
+    EXPECT_TRUE(problems.numbers.isEmpty());
+}
+
+TEST_F(StoreTest, GoesOnAfterACrashInTheMiddleOfSaving) {
+    Store(Folder()).SaveSetting(kApp, "s", "k", "v");
+    const pid_t child = fork();
+    if (child == 0) {
+        umask(0);
+        const rlimit no_core{0, 0}, limit{100, 100};
+        setrlimit(RLIMIT_CORE, &no_core);
+        setrlimit(RLIMIT_FSIZE, &limit);  // the signal of which ends the process
+        Store(Folder()).SaveSetting(kApp, "s", "k", QString(200, u'x'));
+        _exit(0);
+    }
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGXFSZ) << status;
+    ASSERT_EQ(Names().size(), 2);
+    for (const QString& name : Names()) {
+        EXPECT_EQ(Mode(Folder() + '/' + name), 0600u) << name.toStdString();
+    }
+    Store store(Folder());
+    Problems problems(store);
+    EXPECT_EQ(store.GetSetting(kApp, "s", "k"), "v");
+    store.SaveSetting(kApp, "s", "k", "w");
+    EXPECT_EQ(Content(), WholeFile("[s]\nk=w\n"));
+    EXPECT_TRUE(problems.numbers.isEmpty());
 }
 
 TEST_F(StoreTest, SetsAFileAsideThatIsTooLarge) {
@@ -223,7 +310,7 @@ TEST_F(StoreTest, NeverWritesAFileThatItWouldNotRead) {
     store.SaveSetting(kApp, "s", "k", "v");
     store.SaveSetting(kApp, "s", "stor", QString(kMaxFileSize, u'x'));
     EXPECT_EQ(problems.numbers, QList<int>{61});
-    EXPECT_EQ(Content(), "[s]\nk=v\n");
+    EXPECT_EQ(Content(), WholeFile("[s]\nk=v\n"));
 }
 
 TEST_F(StoreTest, BringsBackWhatARuinedOrRemovedFileHeld) {
@@ -233,11 +320,11 @@ TEST_F(StoreTest, BringsBackWhatARuinedOrRemovedFileHeld) {
     QFile::remove(File());
     EXPECT_EQ(store.GetSetting(kApp, "s", "a"), "1");
     store.SaveSetting(kApp, "s", "b", "2");
-    EXPECT_EQ(Content(), "[s]\na=1\nb=2\n");
+    EXPECT_EQ(Content(), WholeFile("[s]\na=1\nb=2\n"));
     EXPECT_TRUE(problems.numbers.isEmpty());
     Plant("skräp som någon annan skrev");
     store.SaveSetting(kApp, "s", "c", "3");
-    EXPECT_EQ(Content(), "[s]\na=1\nb=2\nc=3\n");
+    EXPECT_EQ(Content(), WholeFile("[s]\na=1\nb=2\nc=3\n"));
     EXPECT_EQ(problems.numbers, QList<int>{321});
     EXPECT_EQ(Content(File() + ".trasig-1"), "skräp som någon annan skrev");
 }
@@ -260,7 +347,7 @@ TEST_F(StoreTest, LeavesAFolderInTheFilesPlaceAlone) {
     // Once the way is free, what was kept in memory is written with the next change.
     ASSERT_TRUE(QDir(File()).removeRecursively());
     store.SaveSetting(kApp, "s", "l", "w");
-    EXPECT_EQ(Content(), "[s]\nk=v\nl=w\n");
+    EXPECT_EQ(Content(), WholeFile("[s]\nk=v\nl=w\n"));
     EXPECT_EQ(problems.numbers.size(), 2);
 }
 
@@ -310,7 +397,7 @@ TEST_F(StoreTest, ReportsAFileInTheFoldersPlace) {
     Problems problems(store);
     store.SaveSetting(kApp, "s", "k", "v");
     EXPECT_EQ(problems.numbers, (QList<int>{75, 75}));
-    EXPECT_EQ(Content(folder_.FilePath("x/y.conf")), "[s]\nk=v\n");
+    EXPECT_EQ(Content(folder_.FilePath("x/y.conf")), WholeFile("[s]\nk=v\n"));
 }
 
 TEST_F(StoreTest, ReportsAFullDiskAndKeepsTheOldFile) {
@@ -324,7 +411,7 @@ TEST_F(StoreTest, ReportsAFullDiskAndKeepsTheOldFile) {
         setrlimit(RLIMIT_FSIZE, &limit);
         store.SaveSetting(kApp, "s", "lång", QString(200, u'x'));
         return problems.numbers == QList<int>{61} && problems.texts[0].endsWith("disken är full.") &&
-               store.GetSetting(kApp, "s", "lång").size() == 200 && Content() == "[s]\nk=v\n" &&
+               store.GetSetting(kApp, "s", "lång").size() == 200 && Content() == WholeFile("[s]\nk=v\n") &&
                Names() == QStringList(kFileName);
     }));
 }
