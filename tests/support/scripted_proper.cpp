@@ -1,7 +1,6 @@
 // What a scripted server does with each command when it behaves.
 
 #include <cstdio>
-#include <limits>
 #include <map>
 #include <sstream>
 
@@ -22,7 +21,7 @@ struct ScriptedSession::Proceedings {
         {"FEAT", &ScriptedSession::Feat}, {"PORT", &ScriptedSession::Port}, {"EPRT", &ScriptedSession::Eprt},
         {"EPSV", &ScriptedSession::Epsv}, {"PASV", &ScriptedSession::Pasv}, {"LIST", &ScriptedSession::List},
         {"RETR", &ScriptedSession::Retr}, {"STOR", &ScriptedSession::Stor}, {"SIZE", &ScriptedSession::Size},
-        {"REST", &ScriptedSession::Rest}, {"APPE", &ScriptedSession::Appe}, {"DELE", &ScriptedSession::Dele},
+        {"REST", &ScriptedSession::Rest}, {"APPE", &ScriptedSession::Stor}, {"DELE", &ScriptedSession::Dele},
         {"RNFR", &ScriptedSession::Rnfr}, {"RNTO", &ScriptedSession::Rnto}, {"MKD", &ScriptedSession::Mkd},
         {"ABOR", &ScriptedSession::Abor}, {"QUIT", &ScriptedSession::Quit},
     };
@@ -83,9 +82,8 @@ Next ScriptedSession::List() {
 
 Next ScriptedSession::Retr() {
     const auto bytes = world_.File(argument_);
-    const std::size_t from = std::exchange(restart_, 0);
-    if (!bytes || from > bytes->size()) return Say("550 No such file.");
-    return Transfer(bytes->substr(from));
+    if (!bytes || restart_ > bytes->size()) return Say("550 No such file.");
+    return Transfer(bytes->substr(restart_));
 }
 
 Next ScriptedSession::Rest() {
@@ -94,19 +92,8 @@ Next ScriptedSession::Rest() {
 }
 
 Next ScriptedSession::Stor() {
-    const std::size_t kept = std::exchange(restart_, 0);
-    return Take(world_.File(argument_).value_or(std::string()).substr(0, kept));
-}
-
-Next ScriptedSession::Appe() {
-    return Take(world_.File(argument_).value_or(std::string()));
-}
-
-Next ScriptedSession::Take(std::string bytes) {
     if (const Next next = Say("150 Give it to me."); next != Next::Go) return next;
-    const Next next = TakeData(std::numeric_limits<std::size_t>::max(), &bytes);
-    world_.SetFile(argument_, bytes);
-    if (next != Next::Go) return next;
+    if (const Next next = KeepData(kAll); next != Next::Go) return next;
     CloseData();
     return Say("226 Done.");
 }

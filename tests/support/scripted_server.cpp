@@ -161,6 +161,12 @@ Step SendDataForever(std::string bytes) {
         return next;
     };
 }
+Step SendFile(std::size_t bytes) {
+    return [bytes](ScriptedSession& session) { return session.SendFile(bytes); };
+}
+Step KeepData(std::size_t bytes) {
+    return [bytes](ScriptedSession& session) { return session.KeepData(bytes); };
+}
 Step TakeData(std::size_t bytes) {
     return [bytes](ScriptedSession& session) { return session.TakeData(bytes); };
 }

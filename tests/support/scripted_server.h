@@ -14,6 +14,7 @@
 // once.
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -30,6 +31,8 @@ class ScriptedSession;
 enum class Next { Go, Interrupted, End };
 using Step = std::function<Next(ScriptedSession&)>;
 using Script = std::vector<Step>;
+
+constexpr std::size_t kAll = 1'000'000'000;
 
 // The steps. On the control connection:
 /// How a reply, line ends included, is sent; scripted_manners.h has some.
@@ -53,6 +56,9 @@ Step BlockData();   // makes a port where connecting never ends
 Step OpenData();    // accepts, or connects where the client sent PORT or EPRT
 Step SendData(std::string bytes);
 Step SendDataForever(std::string bytes);  // until the client leaves the data connection
+Step SendFile(std::size_t bytes = kAll);  // of the file that is asked for, from where REST says; again: the
+                                          // bytes behind those
+Step KeepData(std::size_t bytes = kAll);  // puts what it takes into the file that the client sends
 Step TakeData(std::size_t bytes);         // this many; less when the client ends before
 Step CloseData();
 Step ResetData();

@@ -246,6 +246,25 @@ TEST_F(Scripted, GoesOnWhereAFileWasBrokenOff) {
     EXPECT_EQ(server.File("a.txt"), "hejsan");
 }
 
+TEST_F(Scripted, MovesFilesInPieces) {
+    server.At("RETR",
+              {Say("150 Here it comes."), SendFile(1), SendFile(1), CloseData(), Say("426 No more.")});
+    server.At("STOR", {Say("150 Give it to me."), KeepData(1), KeepData(1), CloseData(), Say("451 Full.")});
+    LineClient client("127.0.0.1", server.Port());
+    client.Reply();
+    client.Ask("REST 1");
+    LineClient down("127.0.0.1", EpsvPort(client.Ask("EPSV")));
+    EXPECT_EQ(client.Ask("RETR a.txt").substr(0, 3), "150");
+    EXPECT_EQ(down.Rest(), "ej");
+    EXPECT_EQ(client.Reply().substr(0, 3), "426");
+    client.Ask("REST 2");
+    LineClient up("127.0.0.1", EpsvPort(client.Ask("EPSV")));
+    EXPECT_EQ(client.Ask("STOR a.txt").substr(0, 3), "150");
+    up.Send("xyz");
+    EXPECT_EQ(client.Reply().substr(0, 3), "451");
+    EXPECT_EQ(server.File("a.txt"), "hexy");
+}
+
 TEST_F(Scripted, EndsAnEndlessTransferWhenTheClientLeavesIt) {
     server.At("RETR", {Say("150 Here it comes."), SendDataForever("hej"), Say("426 Gone.")});
     LineClient client("127.0.0.1", server.Port());

@@ -39,6 +39,7 @@ Next ScriptedSession::Obey(const std::string& command) {
     const std::size_t space = std::min(command.find(' '), command.size());
     manner_ = nullptr;
     replies_ = 0;
+    if (verb_ == "RETR" || verb_ == "STOR") restart_ = 0;  // it held for that one
     verb_ = command.substr(0, space);
     argument_ = command.substr(std::min(space + 1, command.size()));
     for (const Step& step : world_.Record(command))
@@ -182,6 +183,22 @@ Next ScriptedSession::OpenData() {
 Next ScriptedSession::SendData(const std::string& bytes) {
     const Next next = OpenData();
     return next == Next::Go ? Write(data_, bytes) : next;
+}
+
+Next ScriptedSession::SendFile(std::size_t bytes) {
+    const std::string file = world_.File(argument_).value_or(std::string());
+    const std::string piece = file.substr(std::min(restart_, file.size()), bytes);
+    restart_ += piece.size();
+    return SendData(piece);
+}
+
+Next ScriptedSession::KeepData(std::size_t bytes) {
+    std::string kept = world_.File(argument_).value_or(std::string());
+    if (verb_ == "STOR") kept.resize(std::min(kept.size(), restart_));
+    const Next next = TakeData(bytes, &kept);
+    restart_ = kept.size();
+    world_.SetFile(argument_, kept);
+    return next;
 }
 
 Next ScriptedSession::TakeData(std::size_t bytes, std::string* taken) {

@@ -36,6 +36,10 @@ class ScriptedSession {
     Next BlockData();
     Next OpenData();
     Next SendData(const std::string& bytes);
+    /// Of the file asked for, from where the client wants to go on; what follows goes on behind it.
+    Next SendFile(std::size_t bytes);
+    /// Puts what it takes into the file that the client sends.
+    Next KeepData(std::size_t bytes);
     /// False once the client has left the data connection.
     bool DataStands() const { return data_stands_; }
     Next TakeData(std::size_t bytes, std::string* taken = nullptr);
@@ -55,7 +59,6 @@ class ScriptedSession {
     Next Write(const Socket& socket, const std::string& bytes);
     std::string WithPorts(std::string line) const;
     Next Transfer(const std::string& bytes);
-    Next Take(std::string bytes);
 
     // The proper answers.
     Next Feat();
@@ -67,7 +70,6 @@ class ScriptedSession {
     Next Retr();
     Next Rest();
     Next Stor();
-    Next Appe();
     Next Size();
     Next Dele();
     Next Rnfr();

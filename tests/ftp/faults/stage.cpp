@@ -15,7 +15,6 @@ using namespace ftp_test;
 
 constexpr auto kTime = std::chrono::seconds(20);  // every deadline a few times over, on a busy machine
 const std::string kOld = "the file that was there before";
-const std::string kSource = std::string(5000, 'u');
 
 QByteArray Contents(const QString& path) {
     QFile file(path);
@@ -52,15 +51,21 @@ bool IsPlain(QChar c) {
 
 }  // namespace
 
+std::string Pattern(std::size_t size) {
+    std::string bytes(size, '\0');
+    for (std::size_t i = 0; i < size; ++i) bytes[i] = static_cast<char>(i * 31 + (i >> 8) * 7);
+    return bytes;
+}
+
 std::string NameOf(Work work) {
     static const char* const names[] = {"Connect", "List", "Enter",  "Get",   "Put", "Rename",
                                         "Delete",  "Make", "Remove", "Leave", "Quit"};
     return names[static_cast<int>(work)];
 }
 
-FaultStage::FaultStage() {
+FaultStage::FaultStage(const std::string& address)
+    : server(address), whole(Pattern(3000)), source(Pattern(5000)) {
     QDir(room_.path()).mkdir(QStringLiteral("valt"));
-    Write(Local(QStringLiteral("egen.htm")), kSource);
     Write(Local(QStringLiteral("gammal.htm")), kOld);
     UseDeadlines(kPatient);
 }
@@ -118,9 +123,13 @@ bool FaultStage::Do(Work work) {
     commands.clear();
     listing.clear();
     Prepare(work);
-    const auto begin = std::chrono::steady_clock::now();
+    QTimer watchdog;
+    QObject::connect(&watchdog, &QTimer::timeout, component.get(), [this] {
+        ADD_FAILURE() << "it takes too long\n" << Told();
+        component->Shutdown();
+    });
+    watchdog.start(kTime);
     Perform(work);
-    CheckTime(std::chrono::steady_clock::now() - begin);
     const bool succeeded = errors.empty();
     if (work == Work::Connect) {
         EXPECT_EQ(component->Connected(), succeeded) << Told();
@@ -139,14 +148,15 @@ void FaultStage::Prepare(Work work) {
     for (const char* name : {"ett.htm", "bort.htm"}) server.AddFile(name, "bytes");
     for (const char* name : {"annat.htm", "upp.htm"}) server.RemoveFile(name);
     server.AddFile("ny.htm", whole);
+    Write(Local(QStringLiteral("egen.htm")), source);
     if (work == Work::Get) Write(Local(QStringLiteral("gammal.htm")), kOld);
 }
 
 void FaultStage::Perform(Work work) {
     Component& it = *component;
-    const auto names = [&it](const QString& source, const QString& destination) {
-        it.SourceFileName = source;
-        it.DestinationFileName = destination;
+    const auto names = [&it](const QString& from, const QString& to) {
+        it.SourceFileName = from;
+        it.DestinationFileName = to;
     };
     it.DirectoryName = QStringLiteral("bilder");
     switch (work) {
@@ -179,10 +189,6 @@ void FaultStage::Perform(Work work) {
     }
 }
 
-void FaultStage::CheckTime(std::chrono::steady_clock::duration taken) {
-    EXPECT_LT(taken, kTime) << Told();
-}
-
 void FaultStage::CheckFolder(Work work, bool succeeded) {
     const QByteArray now = Contents(Local(QStringLiteral("gammal.htm")));
     if (work == Work::Get) {
@@ -190,7 +196,7 @@ void FaultStage::CheckFolder(Work work, bool succeeded) {
             << now.size() << " bytes, succeeded: " << succeeded << "\n"
             << Told();
     }
-    EXPECT_TRUE(Contents(Local(QStringLiteral("egen.htm"))) == QByteArray::fromStdString(kSource));
+    EXPECT_TRUE(Contents(Local(QStringLiteral("egen.htm"))) == QByteArray::fromStdString(source));
     EXPECT_EQ(Names(), (std::vector<std::string>{"egen.htm", "gammal.htm"}));
     EXPECT_EQ(NamesIn(room_.path()), std::vector<std::string>{"valt"});
 }
@@ -203,7 +209,7 @@ void FaultStage::CheckEffect(Work work) {
         EXPECT_TRUE(listed(QStringLiteral("ny.htm"))) << Told();
     }
     if (work == Work::Put) {
-        EXPECT_TRUE(server.File("upp.htm") == kSource) << Told();
+        EXPECT_TRUE(server.File("upp.htm") == source) << Told();
     }
     if (work == Work::Delete) {
         EXPECT_EQ(server.File("bort.htm"), std::nullopt) << Told();
@@ -216,7 +222,8 @@ void FaultStage::CheckEffect(Work work) {
 
 void FaultStage::CheckCommands() {
     for (const std::string& command : server.Commands())
-        EXPECT_TRUE(IsOurs(command)) << "the server has received: " << command;
+        EXPECT_TRUE(IsOurs(command) || std::ranges::count(expected, command) > 0)
+            << "the server has received: " << command;
 }
 
 void FaultStage::CheckWords() {

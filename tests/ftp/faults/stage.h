@@ -4,6 +4,7 @@
 #include <QTemporaryDir>
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -31,7 +32,7 @@ class FaultStage : public ComponentTest {
  protected:
     static constexpr const char* kPassword = "hemligt-ord";
 
-    FaultStage();
+    explicit FaultStage(const std::string& address = "127.0.0.1");
 
     void UseDeadlines(const Deadlines& deadlines);
 
@@ -60,12 +61,13 @@ class FaultStage : public ComponentTest {
 
     ftp_test::ScriptedServer server;
     bool lies = false;
-    std::string whole = std::string(3000, 'n');  // the file that is fetched, as it is on the server
+    std::string whole;                  // the file that is fetched, as it is on the server
+    std::string source;                 // the file that is sent
+    std::vector<std::string> expected;  // further commands that the server may receive
 
  private:
     void Prepare(Work work);
     void Perform(Work work);
-    void CheckTime(std::chrono::steady_clock::duration taken);
     void CheckFolder(Work work, bool succeeded);
     void CheckEffect(Work work);
     void CheckCommands();
@@ -74,8 +76,10 @@ class FaultStage : public ComponentTest {
 
     QTemporaryDir room_;  // holds the chosen folder only
     std::atomic<int> struck_ = 0;
-    std::vector<std::string> told_;
 };
+
+/// So many bytes of which no two neighbouring pieces are alike.
+std::string Pattern(std::size_t size);
 
 /// "Get", for messages and names of cases.
 std::string NameOf(Work work);
