@@ -93,6 +93,7 @@ void RemoveStalePamFiles() {
 }  // namespace
 
 struct Server::State {
+    Make make;
     ServerOptions options;
     Place place;
     fs::path visible_home;
@@ -102,7 +103,8 @@ struct Server::State {
 
     ~State();
     void MakeFolders();
-    void Start(Make make);
+    void Start();
+    void Restart();
     bool WaitUntilItListens();
     void Spawn(const std::vector<std::string>& command);
     void End();
@@ -134,8 +136,9 @@ void Server::State::Own(const fs::path& path) const {
     if (chown(path.c_str(), owner.uid, owner.gid) != 0) Throw(path);
 }
 
-void Server::State::Start(Make make) {
+void Server::State::Start() {
     MakeFolders();
+    if (options.tls != Tls::None) place.certificate = Certificates(options.certificate, options.address);
     if (make == Make::Vsftpd) RemoveStalePamFiles();
     // A port that was free may be taken a moment later by somebody else's connection.
     for (int attempt = 1;; ++attempt) {
@@ -146,6 +149,16 @@ void Server::State::Start(Make make) {
         if (attempt == 3) throw std::runtime_error(Name(make) + ": " + TextOf(place.folder / "output.log"));
     }
     if (options.home_bytes) visible_home = "/proc/" + std::to_string(keeper) + "/root" + place.home.string();
+}
+
+void Server::State::Restart() {
+    // The port is the server's for as long as nobody else's connection takes it, which is not for ever.
+    for (int attempt = 1; attempt <= 3; ++attempt) {
+        End();
+        Spawn(SetUp(make, options, place));
+        if (WaitUntilItListens()) return;
+    }
+    throw std::runtime_error(Name(make) + ": " + TextOf(place.folder / "output.log"));
 }
 
 bool Server::State::WaitUntilItListens() {
@@ -198,9 +211,11 @@ void Server::State::End() {
 }
 
 Server::Server(Make make, ServerOptions options) : state_(std::make_unique<State>()) {
-    if (const auto reason = WhyMissing(make)) throw std::runtime_error(Name(make) + ": " + *reason);
+    if (const auto reason = WhyMissing(make, options.tls))
+        throw std::runtime_error(Name(make) + ": " + *reason);
+    state_->make = make;
     state_->options = std::move(options);
-    state_->Start(make);
+    state_->Start();
 }
 
 Server::~Server() = default;
@@ -214,8 +229,17 @@ std::uint16_t Server::Port() const {
 const fs::path& Server::Home() const {
     return state_->visible_home;
 }
+const fs::path& Server::Certificate() const {
+    return state_->place.certificate.certificate;
+}
 void Server::Kill() {
     state_->End();
+}
+
+void Server::ReplaceCertificate(ServerCertificate kind) {
+    if (state_->options.home_bytes) throw std::logic_error("the disk would go with the server");
+    state_->place.certificate = Certificates(kind, Address());
+    state_->Restart();
 }
 
 std::string Server::HostField() const {
@@ -269,15 +293,18 @@ std::vector<Make> AllServers() {
 
 std::vector<Make> AvailableServers() {
     std::vector<Make> makes = AllServers();
-    std::erase_if(makes, WhyMissing);
+    std::erase_if(makes, [](Make make) { return WhyMissing(make).has_value(); });
     return makes;
 }
 
-std::optional<std::string> WhyMissing(Make make) {
+std::optional<std::string> WhyMissing(Make make, Tls tls) {
     if (make == Make::PyFtpdLib) return std::nullopt;
     if (getuid() != 0) return Name(make) + " needs root";
     if (!fs::exists(ProgramOf(make)))
         return ProgramOf(make).string() + " is missing: run tools/install servers";
+    if (make == Make::PureFtpd && tls == Tls::Implicit) return Name(make) + " has no implicit TLS";
+    if (make == Make::ProFtpd && tls != Tls::None && !fs::exists(ProFtpdModules() / "mod_tls.so"))
+        return "proftpd has no mod_tls: run tools/install servers";
     return std::nullopt;
 }
 

@@ -14,6 +14,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/certificates.h"
+
 namespace ftp_test {
 
 enum class Make { Vsftpd, PureFtpd, ProFtpd, PyFtpdLib };
@@ -22,13 +24,21 @@ enum class Make { Vsftpd, PureFtpd, ProFtpd, PyFtpdLib };
 std::string Name(Make make);
 std::ostream& operator<<(std::ostream& out, Make make);
 
+enum class Tls {
+    None,
+    Offered,   // AUTH TLS is understood; who does not ask for it is served in plain text
+    Demanded,  // a login, and data connections, only under TLS
+    Implicit,  // TLS before the greeting; not pure-ftpd
+};
+enum class TlsVersions { Both, Only12, Only13 };
+
 /// Every make, for parameterised tests that skip, and say why, what cannot run here:
 ///     if (auto reason = WhyMissing(GetParam())) GTEST_SKIP() << *reason;
 std::vector<Make> AllServers();
 /// The makes that can run here.
 std::vector<Make> AvailableServers();
 /// Why a make cannot run here, or nothing.
-std::optional<std::string> WhyMissing(Make make);
+std::optional<std::string> WhyMissing(Make make, Tls tls = Tls::None);
 
 struct ServerOptions {
     std::string address = "127.0.0.1";  // or "::1"
@@ -40,6 +50,11 @@ struct ServerOptions {
     /// The home folder is a disk of this size of its own; 0: no limit. Root only. Not for pyftpdlib, which
     /// falls silent when its disk is full.
     std::int64_t home_bytes = 0;
+    /// With TLS vsftpd and proftpd want each data connection to resume the session of its control connection,
+    /// as proftpd does by default; pure-ftpd and pyftpdlib do not ask for it.
+    Tls tls = Tls::None;
+    ServerCertificate certificate = ServerCertificate::Valid;
+    TlsVersions tls_versions = TlsVersions::Both;  // both: 1.2 and 1.3
 };
 
 class Server {
@@ -67,8 +82,14 @@ class Server {
     /// The file's bytes, or nothing when there is no such file.
     std::optional<std::string> ReadFile(const std::string& name) const;
 
+    /// The certificate (PEM) that the server shows, for FingerprintOf.
+    const std::filesystem::path& Certificate() const;
+
     /// Ends the server and its sessions now; the home folder stays.
     void Kill();
+    /// The same as Kill; then the server runs again on its port, with a new certificate, also where the kind
+    /// is the same. Not with a disk of its own.
+    void ReplaceCertificate(ServerCertificate kind);
 
  private:
     struct State;

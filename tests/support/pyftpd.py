@@ -1,6 +1,7 @@
 """A small real FTP server with one account, demo / demo, on pyftpdlib.
 
 pyftpd.py ADDRESS PORT HOME [--owner USER] [--no-utf8] [--clients N] [--idle SECONDS] [--ports FIRST LAST]
+          [--tls offered|demanded|implicit CERTIFICATE KEY]
 """
 
 import argparse
@@ -27,6 +28,7 @@ def arguments():
     parser.add_argument("--clients", type=int, default=0)
     parser.add_argument("--idle", type=int, default=300)
     parser.add_argument("--ports", type=int, nargs=2)
+    parser.add_argument("--tls", nargs=3)
     return parser.parse_args()
 
 
@@ -39,15 +41,47 @@ class BytesHandler(FTPHandler):
         super(FTPHandler, self).push(s.encode("utf8", self.unicode_errors))
 
 
+FEATURES_WITHOUT_UTF8 = "211-Features supported:\r\n SIZE\r\n MDTM\r\n EPSV\r\n EPRT\r\n211 End FEAT.\r\n"
+
+
 class SilentHandler(BytesHandler):
     """Says nothing about UTF-8."""
 
     def ftp_FEAT(self, line):
-        self.push("211-Features supported:\r\n SIZE\r\n MDTM\r\n EPSV\r\n EPRT\r\n211 End FEAT.\r\n")
+        self.push(FEATURES_WITHOUT_UTF8)
+
+
+def with_tls(base, kind, certificate, key):
+    """The handler on top of TLS. Reads the key, so it is called as long as the process may."""
+    from pyftpdlib.handlers import TLS_FTPHandler  # only there with python3-openssl
+
+    class TlsHandler(base, TLS_FTPHandler):
+        certfile, keyfile = certificate, key
+        tls_control_required = tls_data_required = kind != "offered"
+
+        def ftp_FEAT(self, line):
+            if base is SilentHandler:
+                self.push(FEATURES_WITHOUT_UTF8.replace("211 ", " AUTH TLS\r\n PBSZ\r\n PROT\r\n211 "))
+            else:
+                super().ftp_FEAT(line)
+
+    class ImplicitHandler(TlsHandler):
+        def handle(self):
+            self.secure_connection(self.ssl_context)
+
+        def handle_ssl_established(self):
+            TlsHandler.handle(self)
+
+    handler = ImplicitHandler if kind == "implicit" else TlsHandler
+    handler.get_ssl_context()
+    return handler
 
 
 def main():
     options = arguments()
+    handler = SilentHandler if options.no_utf8 else BytesHandler
+    if options.tls:
+        handler = with_tls(handler, *options.tls)
     if os.getuid() == 0 and options.owner:
         owner = pwd.getpwnam(options.owner)
         os.setgroups([])
@@ -55,7 +89,6 @@ def main():
         os.setuid(owner.pw_uid)
     config_logging(level=30)  # warnings and worse
 
-    handler = SilentHandler if options.no_utf8 else BytesHandler
     handler.authorizer = DummyAuthorizer()
     handler.authorizer.add_user("demo", "demo", options.home, perm="elradfmwMT")
     handler.timeout = options.idle

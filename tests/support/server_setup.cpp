@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 namespace ftp_test {
@@ -21,6 +22,11 @@ void Write(const path& file, const std::string& text) {
     if (!(std::ofstream(file) << text << std::flush))
         throw std::runtime_error("cannot write " + file.string());
     std::filesystem::permissions(file, std::filesystem::perms(0600));
+}
+
+std::string BytesOf(const path& file) {
+    std::ifstream in(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 std::string OutputOf(const std::string& command) {
@@ -44,6 +50,29 @@ std::string AccountLine(const Place& place, const std::string& home_and_rest) {
 
 std::string Line(const std::string& key, const std::string& value) {
     return key + value + "\n";
+}
+
+/// For every program that uses OpenSSL, whatever its own configuration can say about versions.
+path LimitVersions(TlsVersions versions, const Place& place) {
+    const std::string version = versions == TlsVersions::Only12 ? "TLSv1.2\n" : "TLSv1.3\n";
+    path file = place.folder / "openssl.cnf";
+    Write(file,
+          "openssl_conf = program\n[program]\nssl_conf = ssl\n[ssl]\nsystem_default = versions\n[versions]\n"
+          "MinProtocol = " +
+              version + "MaxProtocol = " + version);
+    return file;
+}
+
+std::string VsftpdTls(const ServerOptions& options, const Place& place) {
+    if (options.tls == Tls::None) return "";
+    const bool demanded = options.tls != Tls::Offered;
+    std::string text = "ssl_enable=YES\nssl_ciphers=HIGH\nrequire_ssl_reuse=YES\n";
+    text += Line("rsa_cert_file=", place.certificate.certificate.string());
+    text += Line("rsa_private_key_file=", place.certificate.key.string());
+    text += Line("force_local_logins_ssl=", demanded ? "YES" : "NO");
+    text += Line("force_local_data_ssl=", demanded ? "YES" : "NO");
+    text += Line("implicit_ssl=", options.tls == Tls::Implicit ? "YES" : "NO");
+    return text;
 }
 
 Command SetUpVsftpd(const ServerOptions& options, const Place& place) {
@@ -75,9 +104,17 @@ Command SetUpVsftpd(const ServerOptions& options, const Place& place) {
     if (const auto& ports = options.passive_ports)
         text += Line("pasv_min_port=", std::to_string(ports->first)) +
                 Line("pasv_max_port=", std::to_string(ports->second));
+    text += VsftpdTls(options, place);
     const path file = place.folder / "vsftpd.conf";
     Write(file, text);
     return {ProgramOf(Make::Vsftpd).string(), file.string()};
+}
+
+Command PureFtpdTls(const ServerOptions& options, const Place& place) {
+    if (options.tls == Tls::None) return {};
+    const path both = place.folder / "certificate.pem";  // one file for certificate and key
+    Write(both, BytesOf(place.certificate.certificate) + BytesOf(place.certificate.key));
+    return {"-2", both.string(), "-Y", options.tls == Tls::Offered ? "1" : "3"};
 }
 
 Command SetUpPureFtpd(const ServerOptions& options, const Place& place) {
@@ -98,7 +135,20 @@ Command SetUpPureFtpd(const ServerOptions& options, const Place& place) {
     if (const auto& ports = options.passive_ports)
         command.insert(command.end(),
                        {"-p", std::to_string(ports->first) + ":" + std::to_string(ports->second)});
+    const Command tls = PureFtpdTls(options, place);
+    command.insert(command.end(), tls.begin(), tls.end());
     return command;
+}
+
+std::string ProFtpdTls(const ServerOptions& options, const Place& place) {
+    if (options.tls == Tls::None) return "";
+    std::string text = "LoadModule mod_tls.c\nTLSEngine on\nTLSVerifyClient off\n";
+    text += Line("TLSECCertificateFile ", place.certificate.certificate.string());
+    text += Line("TLSECCertificateKeyFile ", place.certificate.key.string());
+    text += Line("TLSLog ", (place.folder / "tls.log").string());
+    text += Line("TLSRequired ", options.tls == Tls::Offered ? "off" : "on");
+    if (options.tls == Tls::Implicit) text += "TLSOptions UseImplicitSSL\n";
+    return text;
 }
 
 Command SetUpProFtpd(const ServerOptions& options, const Place& place) {
@@ -113,7 +163,7 @@ Command SetUpProFtpd(const ServerOptions& options, const Place& place) {
     text += Line("SystemLog ", (place.folder / "server.log").string());
     text += Line("PidFile ", (place.folder / "server.pid").string());
     text += Line("ScoreboardFile ", (place.folder / "scoreboard").string());
-    text += Line("ModulePath ", (ServersFolder() / "usr/lib/proftpd").string());
+    text += Line("ModulePath ", ProFtpdModules().string());
     text +=
         "ServerName test\nServerType standalone\nDefaultServer on\nSocketBindTight on\nUseReverseDNS off\n"
         "AuthOrder mod_auth_file.c\nRequireValidShell off\nDefaultRoot ~\nUmask 022\nAllowOverwrite on\n"
@@ -124,6 +174,7 @@ Command SetUpProFtpd(const ServerOptions& options, const Place& place) {
     if (options.idle_seconds) text += Line("TimeoutIdle ", std::to_string(options.idle_seconds));
     if (const auto& ports = options.passive_ports)
         text += "PassivePorts " + std::to_string(ports->first) + " " + std::to_string(ports->second) + "\n";
+    text += ProFtpdTls(options, place);
     const path file = place.folder / "proftpd.conf";
     Write(file, text);
     return {ProgramOf(Make::ProFtpd).string(), "-n", "-q", "-c", file.string()};
@@ -140,7 +191,28 @@ Command SetUpPyFtpdLib(const ServerOptions& options, const Place& place) {
     if (const auto& ports = options.passive_ports)
         command.insert(command.end(),
                        {"--ports", std::to_string(ports->first), std::to_string(ports->second)});
+    if (options.tls != Tls::None) {
+        const char* kind = options.tls == Tls::Offered    ? "offered"
+                           : options.tls == Tls::Demanded ? "demanded"
+                                                          : "implicit";
+        command.insert(command.end(), {"--tls", kind, place.certificate.certificate.string(),
+                                       place.certificate.key.string()});
+    }
     return command;
+}
+
+Command CommandOf(Make make, const ServerOptions& options, const Place& place) {
+    switch (make) {
+        case Make::Vsftpd:
+            return SetUpVsftpd(options, place);
+        case Make::PureFtpd:
+            return SetUpPureFtpd(options, place);
+        case Make::ProFtpd:
+            return SetUpProFtpd(options, place);
+        case Make::PyFtpdLib:
+            break;
+    }
+    return SetUpPyFtpdLib(options, place);
 }
 
 }  // namespace
@@ -180,22 +252,20 @@ path ProgramOf(Make make) {
     return {};
 }
 
+path ProFtpdModules() {
+    return ServersFolder() / "usr/lib/proftpd";
+}
+
 path PamFile(const std::string& service) {
     return "/etc/pam.d/" + service;
 }
 
 Command SetUp(Make make, const ServerOptions& options, const Place& place) {
-    switch (make) {
-        case Make::Vsftpd:
-            return SetUpVsftpd(options, place);
-        case Make::PureFtpd:
-            return SetUpPureFtpd(options, place);
-        case Make::ProFtpd:
-            return SetUpProFtpd(options, place);
-        case Make::PyFtpdLib:
-            break;
-    }
-    return SetUpPyFtpdLib(options, place);
+    Command command = CommandOf(make, options, place);
+    if (options.tls_versions != TlsVersions::Both)
+        command.insert(command.begin(),
+                       "OPENSSL_CONF=" + LimitVersions(options.tls_versions, place).string());
+    return command;
 }
 
 }  // namespace ftp_test

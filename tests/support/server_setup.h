@@ -24,7 +24,8 @@ struct Place {
     std::filesystem::path folder;  // the server's own, for configuration and logs
     std::filesystem::path home;    // the account's
     std::uint16_t port;
-    std::string pam_service;  // a name of its own in /etc/pam.d, for vsftpd
+    std::string pam_service;       // a name of its own in /etc/pam.d, for vsftpd
+    CertificateFiles certificate;  // with TLS
 };
 
 /// The folder with the unpacked server packages.
@@ -33,9 +34,11 @@ std::filesystem::path ServersFolder();
 std::filesystem::path LibrariesFolder();
 /// The server's program; empty for pyftpdlib.
 std::filesystem::path ProgramOf(Make make);
+std::filesystem::path ProFtpdModules();
 std::filesystem::path PamFile(const std::string& service);
 
-/// Writes the configuration. The command that runs the server in the foreground.
+/// Writes the configuration. The command that runs the server in the foreground, as env(1) takes it: settings
+/// of its environment may stand before it.
 std::vector<std::string> SetUp(Make make, const ServerOptions& options, const Place& place);
 
 }  // namespace ftp_test
