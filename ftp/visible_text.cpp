@@ -34,6 +34,8 @@ bool IsHidden(char32_t c) {
         case QChar::Separator_Line:
         case QChar::Separator_Paragraph:
             return true;
+        case QChar::Separator_Space:
+            return c != ' ';
         default:
             return std::ranges::any_of(kFillers, [c](Range r) { return c >= r.first && c <= r.last; });
     }
@@ -42,7 +44,7 @@ bool IsHidden(char32_t c) {
 /// Nearly all that comes: shown as it is, whatever stands beside it.
 bool IsPlain(QChar each) {
     const char16_t c = each.unicode();
-    return (c >= 0x20 && c < kDelete) || (c >= 0xA0 && c < 0x300 && c != 0xAD);
+    return (c >= 0x20 && c < kDelete) || (c > 0xA0 && c < 0x300 && c != 0xAD);
 }
 
 bool LooksLikeAMark(char32_t c, QStringView from_there) {

@@ -7,11 +7,12 @@ namespace ftp {
 
 /// `text` with a mark in place of each character that does not show: C0 controls (TAB too) and DEL as their
 /// pictures U+2400..U+2421; C1 controls, line and paragraph separators, direction marks, joiners, fillers,
-/// variation selectors, tags, other format characters and lone surrogates as "‹U+202E›".
+/// variation selectors, tags, other format characters, lone surrogates and every blank but the common one as
+/// "‹U+202E›".
 ///
 /// Two texts never become one: what looks like a mark already, a picture or the first character of "‹U+", is
 /// marked itself ("‹U+2409›", "‹U+2039›"). So it is not to be applied twice: the second time would mark the
-/// marks. Letters that only look alike, and blanks of other widths, stay as they are.
+/// marks. Letters that only look alike stay as they are.
 ///
 /// Text without such characters is returned as it is, without a copy. A mark holds no blank. Any thread.
 QString VisibleText(const QString& text);

@@ -35,6 +35,7 @@ TEST(VisibleText, MarksWhatDoesNotShow) {
         {QStringLiteral("\u2066\u2067\u2068\u2069"), "‹U+2066›‹U+2067›‹U+2068›‹U+2069›"},
         {QStringLiteral("\u200B\u200C\u200D\u2060\uFEFF"), "‹U+200B›‹U+200C›‹U+200D›‹U+2060›‹U+FEFF›"},
         {QStringLiteral("in\u00ADdex"), "in‹U+00AD›dex"},
+        {QStringLiteral("a\u00A0b\u2009c\u3000"), "a‹U+00A0›b‹U+2009›c‹U+3000›"},
         {QStringLiteral("a\uFE0Fb\u3164c\u2800d\uFFFCe"), "a‹U+FE0F›b‹U+3164›c‹U+2800›d‹U+FFFC›e"},
         {QStringLiteral("a\U000E0041\U000E0100b\U0001D173"), "a‹U+E0041›‹U+E0100›b‹U+1D173›"},
         {QString(u'a') + QChar(0xD83D), "a‹U+D83D›"},
@@ -48,7 +49,7 @@ TEST(VisibleText, LeavesPlainTextAlone) {
     for (const QString& text :
          {QString(), QStringLiteral("index.htm"), QStringLiteral("räksmörgås €.txt"), QStringLiteral("🐢"),
           QStringLiteral("日本語 العربية"), QStringLiteral("e\u0301"), QStringLiteral("‹U›"),
-          QStringLiteral("U+202E›"), QStringLiteral("‹"), QStringLiteral("‹U"), QStringLiteral("a\u00A0b"),
+          QStringLiteral("U+202E›"), QStringLiteral("‹"), QStringLiteral("‹U"), QStringLiteral(" a b "),
           QStringLiteral("a\U0001F5BFb")}) {
         const QString shown = VisibleText(text);
         EXPECT_EQ(shown, text);
@@ -115,8 +116,9 @@ TEST(VisibleText, TellsEveryCharacterFromEveryOther) {
         if (shown != text || c < 0x3000) seen.insert(shown);  // a mark of its own, or what looks like a mark
         const auto kind = QChar::category(c);
         const bool hides = kind == QChar::Other_Control || kind == QChar::Other_Format ||
-                           kind == QChar::Separator_Line || kind == QChar::Separator_Paragraph;
-        const bool shows = QChar::isPrint(c) && c < 0x300;
+                           kind == QChar::Separator_Line || kind == QChar::Separator_Paragraph ||
+                           (kind == QChar::Separator_Space && c != ' ');
+        const bool shows = QChar::isPrint(c) && c < 0x300 && c != 0xA0;
         ASSERT_TRUE(!hides || shown != text) << Number(c);
         ASSERT_TRUE(!shows || shown == text) << Number(c);
     }

@@ -18,11 +18,18 @@ bool BeginsWithDrive(std::string_view name) {
            ((name[0] >= 'A' && name[0] <= 'Z') || (name[0] >= 'a' && name[0] <= 'z'));
 }
 
+/// U+F05C is EF 81 9C in UTF-8, U+F080..U+F0FF are EF 82 80 to EF 83 BF.
+bool HoldsStandInsForBytes(std::string_view name) {
+    return name.find("\xEF\x81\x9C") != name.npos || name.find("\xEF\x82") != name.npos ||
+           name.find("\xEF\x83") != name.npos;
+}
+
 }  // namespace
 
 bool IsPlainName(std::string_view name) {
-    return !name.empty() && name.size() <= kMaxName && name != "." && name != ".." &&
-           !BeginsWithDrive(name) && std::ranges::none_of(name, IsSeparatorOrControl);
+    return !name.empty() && name.size() <= kMaxName && name.back() != '.' && name.back() != ' ' &&
+           !BeginsWithDrive(name) && !HoldsStandInsForBytes(name) &&
+           std::ranges::none_of(name, IsSeparatorOrControl);
 }
 
 }  // namespace ftp

@@ -10,9 +10,29 @@ namespace {
 using namespace std::string_literals;
 
 TEST(PlainName, IsWhatCanStandInAFolder) {
-    for (const std::string& name :
-         {"index.htm"s, "a"s, "..."s, "..a"s, ".htaccess"s, "a..b"s, " "s, "min sida.htm"s, "-rf"s, "~"s,
-          "b\xC3\xA5t"s, "b\xE5t"s, "10:30"s, "ab:"s, ":"s, "a'\"$(x)`;|&*?<>"s, std::string(255, 'x')}) {
+    for (const std::string& name : {"index.htm"s,
+                                    "a"s,
+                                    "..a"s,
+                                    ".htaccess"s,
+                                    "a..b"s,
+                                    " a"s,
+                                    "min sida.htm"s,
+                                    "-rf"s,
+                                    "~"s,
+                                    "b\xC3\xA5t"s,
+                                    "b\xE5t"s,
+                                    "10:30"s,
+                                    "ab:"s,
+                                    "ab:c"s,
+                                    ":"s,
+                                    "1:a"s,
+                                    "con"s,
+                                    "nul.txt"s,
+                                    "\xEF\x80\xBA"s,
+                                    "a\xEF\x84\x80"s,
+                                    "a\xE2\x80\xAEtxt"s,
+                                    "a'\"$(x)`;|&*?<>"s,
+                                    std::string(255, 'x')}) {
         SCOPED_TRACE(name);
         EXPECT_TRUE(IsPlainName(name));
     }
@@ -32,6 +52,21 @@ TEST(PlainName, IsNothingThatLeadsElsewhere) {
                                     "a/"s,
                                     "\\\\host\\a"s,
                                     "c:"s,
+                                    "a:b"s,
+                                    "C:\\x"s,
+                                    "C:evil"s,
+                                    "..."s,
+                                    "a."s,
+                                    "a.."s,
+                                    " "s,
+                                    "a "s,
+                                    "a. "s,
+                                    "a\\..\\..\\b"s,
+                                    "\xEF\x81\x9C"s,
+                                    "a\xEF\x82\x80"s,
+                                    "\xEF\x83\x83\xEF\x82\xA4"s,
+                                    "\xEF\x83\xBF"
+                                    "b"s,
                                     "C:a"s,
                                     "z:\\a"s,
                                     "a\0b"s,
