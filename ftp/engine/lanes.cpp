@@ -71,6 +71,7 @@ struct Lanes::Lane : Events {
     void TransferStarted(std::optional<std::int64_t>) override {}
     void Moved(std::int64_t) override {}
     asio::awaitable<void> Listed(std::vector<std::string>) override { co_return; }
+    void Secured(const std::string&, const Certificate&) override {}
     void Trouble(const Failure&) override {}
 
     LaneEvents& events;

@@ -174,8 +174,12 @@ class Worker::Core : private Events, private LaneEvents {
         access_ = {.server = std::move(*server),
                    .user = std::move(connect.user),
                    .password = std::move(connect.password),
-                   .account = std::move(connect.account)};
-        co_return co_await Login(session_, access_);
+                   .account = std::move(connect.account),
+                   .had_tls = connect.had_tls,
+                   .trusted = std::move(connect.trusted)};
+        const auto outcome = co_await Login(session_, access_);
+        access_.had_tls |= session_.Encrypted();  // no lane and no later login does with less
+        co_return outcome;
     }
 
     Result<> BeginRun(std::size_t lanes) {
@@ -294,7 +298,7 @@ class Worker::Core : private Events, private LaneEvents {
     void TellWhetherConnected() {
         const bool connected = session_.LoggedIn();
         if (std::exchange(connected_, connected) != connected)
-            Tell(SessionChanged{connected, session_.features.utf8});
+            Tell(SessionChanged{connected, session_.features.utf8, session_.tls_version});
     }
 
     template <class What>
@@ -312,6 +316,9 @@ class Worker::Core : private Events, private LaneEvents {
     }
     void Moved(std::int64_t bytes) override {
         if (!aside_) bytes_->store(bytes, std::memory_order_relaxed);
+    }
+    void Secured(const std::string& version, const Certificate& certificate) override {
+        Tell(TlsAgreed{version, certificate});
     }
     void Trouble(const Failure& failure) override { Tell(Problem{failure}); }
 

@@ -17,12 +17,15 @@
 #include <vector>
 
 #include "ftp/engine/session/deadlines.h"
+#include "ftp/engine/wire/certificate.h"
 #include "ftp/engine/wire/failure.h"
 
 namespace ftp {
 
 struct Connect {
     std::string host_field, user, password, account;
+    bool had_tls = false;      // the server has been reached with TLS before: plain text is NotEncrypted
+    std::string trusted = {};  // fingerprint of a certificate that is trusted though it is not valid
 };
 struct List {};
 struct ChangeDirectory {
@@ -83,9 +86,15 @@ struct ListingBatch {
 struct TransferStarted {
     std::optional<std::int64_t> size;  // bytes, where the server (download) or the file (upload) states it
 };
+/// TLS stands, with this certificate. Where it is neither valid nor trusted, Problem (NotTrusted) follows.
+struct TlsAgreed {
+    std::string version;  // "TLSv1.3"
+    Certificate certificate;
+};
 struct SessionChanged {
     bool connected = false;  // logged in and usable
     bool utf8 = false;       // the server said that its names are UTF-8
+    std::string tls;         // "TLSv1.3"; empty: plain text
 };
 struct Problem {
     Failure failure;
@@ -98,8 +107,8 @@ struct Finished {};
 
 struct Notification {
     std::uint64_t request = 0;
-    std::variant<CommandSent, ReplyLine, ListingBatch, TransferStarted, SessionChanged, Problem, FileProblem,
-                 Finished>
+    std::variant<CommandSent, ReplyLine, ListingBatch, TransferStarted, TlsAgreed, SessionChanged, Problem,
+                 FileProblem, Finished>
         what;
 };
 

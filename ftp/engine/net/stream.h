@@ -11,6 +11,7 @@
 #include "ftp/engine/net/local_files.h"
 #include "ftp/engine/net/task.h"
 #include "ftp/engine/wire/address.h"
+#include "ftp/engine/wire/certificate.h"
 
 namespace ftp {
 
@@ -21,7 +22,8 @@ class Stream {
 
     /// Waits until the connection stands. Streams are handed out as soon as their SYN has left.
     virtual Task<> Connected() = 0;
-    /// Some bytes; 0 at the end of the stream.
+    /// Some bytes; 0 at the end of the stream. CutShort where the end is none that the peer has announced,
+    /// and could have been made by anybody (TLS).
     virtual Task<std::size_t> Read(asio::mutable_buffer into) = 0;
     /// All of the bytes.
     virtual Task<> Write(asio::const_buffer bytes) = 0;
@@ -30,11 +32,21 @@ class Stream {
     /// Bytes that were written here and that the peer has not acknowledged yet.
     virtual std::size_t Unsent() const = 0;
     /// Says that nothing more will be written; reading goes on.
-    virtual void EndWriting() = 0;
+    virtual Task<> EndWriting() = 0;
     /// Ends the connection; what waits on it ends as Cancelled. Twice is harmless.
     virtual void Close() = 0;
     /// Close, but so that the peer sees that something went wrong (RST) and not the orderly end of a file.
     virtual void Reset() = 0;
+};
+
+/// A connection that TLS protects, 1.2 or 1.3 (RFC 5246, RFC 8446). Connected() waits for the handshake, too:
+/// TlsFailed when the two cannot agree. What is wrong with the certificate is for the caller to weigh, before
+/// anything is written.
+class SecureStream : public Stream {
+ public:
+    // After Connected():
+    virtual const Certificate& PeerCertificate() const = 0;
+    virtual std::string Version() const = 0;  // "TLSv1.3"
 };
 
 /// Waits for the one connection of an active transfer.
@@ -64,6 +76,12 @@ class Transport {
     virtual Result<std::unique_ptr<Stream>> StartData(std::uint16_t port) = 0;
     /// Listens on the control connection's own address.
     virtual Result<std::unique_ptr<Listener>> Listen() = 0;
+    /// TLS over the control connection, to a peer that is to prove that it is `host`.
+    virtual std::unique_ptr<SecureStream> SecureControl(std::unique_ptr<Stream> plain,
+                                                        const std::string& host) = 0;
+    /// TLS over a data connection. It resumes the TLS session of the control connection (servers insist on
+    /// it), or its peer shows the same certificate: anything else is TlsFailed.
+    virtual std::unique_ptr<Stream> SecureData(std::unique_ptr<Stream> plain) = 0;
     /// Ends a ConnectControl under way as Cancelled.
     virtual void CancelConnect() = 0;
 };

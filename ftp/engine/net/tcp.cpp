@@ -20,6 +20,7 @@
 
 #include "ftp/engine/net/resolver.h"
 #include "ftp/engine/net/stream.h"
+#include "ftp/engine/net/tls.h"
 
 namespace ftp {
 namespace {
@@ -126,9 +127,10 @@ class TcpStream : public Stream {
         return ::ioctl(socket.native_handle(), SIOCOUTQ, &bytes) == 0 ? static_cast<std::size_t>(bytes) : 0;
     }
 
-    void EndWriting() override {
+    Task<> EndWriting() override {
         asio::error_code ignored;
         socket_.shutdown(tcp::socket::shutdown_send, ignored);
+        co_return Result<>{};
     }
 
     void Close() override {
@@ -283,6 +285,15 @@ class TcpTransport : public Transport {
         return std::unique_ptr<Listener>(std::make_unique<TcpListener>(std::move(acceptor), peer_));
     }
 
+    std::unique_ptr<SecureStream> SecureControl(std::unique_ptr<Stream> plain,
+                                                const std::string& host) override {
+        if (!tls_) tls_ = std::make_unique<TlsClient>();
+        return tls_->SecureControl(std::move(plain), host);
+    }
+    std::unique_ptr<Stream> SecureData(std::unique_ptr<Stream> plain) override {
+        return tls_->SecureData(std::move(plain));
+    }
+
     void CancelConnect() override {
         cancelled_ = true;
         if (cancel_look_up_) cancel_look_up_();
@@ -304,6 +315,7 @@ class TcpTransport : public Transport {
     std::function<void()> cancel_look_up_;
     bool cancelled_ = false;
     asio::ip::address peer_, own_;
+    std::unique_ptr<TlsClient> tls_;  // made when it is first asked for
 };
 
 }  // namespace

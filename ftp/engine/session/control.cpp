@@ -1,5 +1,6 @@
 #include "ftp/engine/session/control.h"
 
+#include <algorithm>
 #include <array>
 #include <asio/co_spawn.hpp>
 #include <asio/detached.hpp>
@@ -7,6 +8,7 @@
 #include <asio/steady_timer.hpp>
 #include <asio/use_awaitable.hpp>
 #include <deque>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -30,10 +32,11 @@ asio::awaitable<void> Sleep(asio::steady_timer& timer) {
 
 struct Control::State {
     State(const asio::any_io_executor& executor, std::unique_ptr<Stream> connection, Events& listener,
-          std::chrono::milliseconds limit)
+          std::chrono::milliseconds limit, Reading wanted)
         : stream(std::move(connection)),
           events(listener),
           reply_limit(limit),
+          reading(wanted),
           arrived(executor),
           taken(executor) {}
 
@@ -65,13 +68,22 @@ struct Control::State {
         }
     }
 
+    /// Whether the next bytes may be read. With room for replies and, in plain text that is to end, only for
+    /// the answers that are due.
+    bool MayRead() const {
+        if (replies.size() > kMaxUnread || reading == Reading::NotYet) return false;
+        const auto answers = std::ranges::count_if(replies, [](const Reply& r) { return !r.Preliminary(); });
+        return reading == Reading::Freely || answers < std::ssize(asked);
+    }
+
     static asio::awaitable<void> ReadReplies(std::shared_ptr<State> state);
 
     std::unique_ptr<Stream> stream;
     Events& events;
     std::chrono::milliseconds reply_limit;
+    Reading reading;
     asio::steady_timer arrived;  // cancelled when a reply, or the end, has come
-    asio::steady_timer taken;    // cancelled when a reply has been taken
+    asio::steady_timer taken;    // cancelled when there may be room for more
     ReplyParser parser;
     std::deque<Reply> replies;
     std::optional<Failure> ended;
@@ -90,14 +102,15 @@ struct Control::State {
 asio::awaitable<void> Control::State::ReadReplies(std::shared_ptr<State> state) {
     std::array<char, 16 * 1024> bytes;
     while (!state->ended) {
-        if (state->replies.size() > kMaxUnread) {
+        if (!state->MayRead()) {
             state->taken.expires_at(Clock::time_point::max());
             co_await Sleep(state->taken);
             continue;
         }
         const auto got = co_await state->stream->Read(asio::buffer(bytes));
         if (!got) {
-            state->End(got.error());
+            const bool cut_short = got.error().kind == FailureKind::CutShort;
+            state->End(cut_short ? Failure{FailureKind::ConnectionLost, 0, {}} : got.error());
         } else if (*got == 0) {
             state->End(Failure{FailureKind::ConnectionLost, 0, {}});
         } else {
@@ -109,13 +122,33 @@ asio::awaitable<void> Control::State::ReadReplies(std::shared_ptr<State> state) 
 }
 
 Control::Control(const asio::any_io_executor& executor, std::unique_ptr<Stream> stream, Events& events,
-                 std::chrono::milliseconds reply_limit)
-    : state_(std::make_shared<State>(executor, std::move(stream), events, reply_limit)) {
+                 std::chrono::milliseconds reply_limit, Reading reading)
+    : state_(std::make_shared<State>(executor, std::move(stream), events, reply_limit, reading)) {
     asio::co_spawn(executor, State::ReadReplies(state_), asio::detached);
 }
 
 Control::~Control() {
     Close();
+}
+
+Task<> Control::Secure(const std::function<std::unique_ptr<Stream>(std::unique_ptr<Stream>)>& wrap) {
+    const auto state = state_;
+    const bool garbled = state->ended && state->ended->kind == FailureKind::Protocol;
+    const bool unasked = garbled || !state->replies.empty() || state->parser.InTheMiddle();
+    if (unasked) state->End(Failure{FailureKind::TlsFailed, 0, {}});
+    if (unasked) co_return Fail(FailureKind::TlsFailed);
+    if (state->ended) co_return Fail(*state->ended);
+    state->stream = wrap(std::move(state->stream));
+    const auto stands = co_await state->stream->Connected();
+    if (!stands) state->End(stands.error());
+    if (state->ended) co_return Fail(*state->ended);
+    ReadFreely();
+    co_return Result<>{};
+}
+
+void Control::ReadFreely() {
+    state_->reading = Reading::Freely;
+    state_->taken.cancel();
 }
 
 Task<> Control::Send(std::vector<Command> commands) {
@@ -127,6 +160,7 @@ Task<> Control::Send(std::vector<Command> commands) {
         bytes += command.line;
         state->asked.push_back({std::move(command.trace)});
     }
+    state->taken.cancel();
     state->TellTurn();
     // A write that fails tells less than the reply that the server may have sent before it closed: the reader
     // finds both, so the outcome shows in Receive.

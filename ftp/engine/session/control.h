@@ -17,12 +17,24 @@ namespace ftp {
 /// command, replies. Replies are read as they arrive, also while nobody waits for one.
 class Control {
  public:
+    enum class Reading {
+        Freely,       // whatever comes
+        WhatIsAsked,  // the answers that are due and nothing more, until Secure or ReadFreely
+        NotYet,       // nothing, until Secure
+    };
+
     /// Takes a stream that stands and begins to read it. `reply_limit`: how long one answer may take.
     Control(const asio::any_io_executor& executor, std::unique_ptr<Stream> stream, Events& events,
-            std::chrono::milliseconds reply_limit);
+            std::chrono::milliseconds reply_limit, Reading reading = Reading::Freely);
     ~Control();
     Control(const Control&) = delete;
     Control& operator=(const Control&) = delete;
+
+    /// Puts what `wrap` makes of the stream in its place, and waits until that stands. What has been said in
+    /// plain text beyond the answers that were due may come from anybody, and ends the session (TlsFailed).
+    Task<> Secure(const std::function<std::unique_ptr<Stream>(std::unique_ptr<Stream>)>& wrap);
+    /// There will be no Secure.
+    void ReadFreely();
 
     /// The one place where commands are sent: all of them in one packet.
     Task<> Send(std::vector<Command> commands);

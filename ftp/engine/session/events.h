@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "ftp/engine/wire/certificate.h"
 #include "ftp/engine/wire/failure.h"
 
 namespace ftp {
@@ -20,6 +21,8 @@ class Events {
     virtual void Moved(std::int64_t bytes) = 0;  // bytes of the running transfer so far
     /// Ends when there is room for more lines.
     virtual asio::awaitable<void> Listed(std::vector<std::string> lines) = 0;
+    /// TLS stands, with this certificate of the server, which has not been judged yet.
+    virtual void Secured(const std::string& version, const Certificate& certificate) = 0;
     /// A failure beside the operation's own outcome (listing lines that were dropped).
     virtual void Trouble(const Failure& failure) = 0;
 };

@@ -30,8 +30,31 @@ class Conversation {
     bool ahead_;
 };
 
+/// Whether TLS is asked for, and begins after the answer.
+bool Asks(Security security) {
+    return security == Security::IfOffered || security == Security::Explicit;
+}
+
 struct Commands {
-    Command user, pass, feat, utf8, type;
+    Command user, pass;
+    Command auth = *MakeCommand("AUTH", "TLS");
+    Command buffer = *MakeCommand("PBSZ", "0");
+    Command protect = *MakeCommand("PROT", "P");
+    Command feat = *MakeCommand("FEAT");
+    Command utf8 = *MakeCommand("OPTS", "UTF8 ON");
+    Command type = *MakeCommand("TYPE", "I");
+
+    /// What leads from a connection that is safe enough for a password to a session.
+    std::vector<Command> Rest(bool encrypted) const {
+        std::vector<Command> rest{user, pass, feat, utf8, type};
+        if (encrypted) rest.insert(rest.begin(), {buffer, protect});
+        return rest;
+    }
+    /// What leaves before the greeting has come.
+    std::vector<Command> First(Security security) const {
+        if (Asks(security)) return {auth};
+        return Rest(security == Security::Implicit);
+    }
 };
 
 Result<Commands> MakeCommands(const Access& who) {
@@ -39,8 +62,18 @@ Result<Commands> MakeCommands(const Access& who) {
     if (!user) return Fail(user.error());
     auto pass = MakeCommand("PASS", who.password);
     if (!pass) return Fail(pass.error());
-    return Commands{*user, *pass, *MakeCommand("FEAT"), *MakeCommand("OPTS", "UTF8 ON"),
-                    *MakeCommand("TYPE", "I")};
+    return Commands{*user, *pass};
+}
+
+Control::Reading ReadingFor(Security security) {
+    switch (security) {
+        case Security::None:
+            return Control::Reading::Freely;
+        case Security::Implicit:
+            return Control::Reading::NotYet;
+        default:
+            return Control::Reading::WhatIsAsked;
+    }
 }
 
 Task<> Connect(Session& session, const Access& who) {
@@ -53,8 +86,54 @@ Task<> Connect(Session& session, const Access& who) {
     if (session.dropped) co_return Fail(FailureKind::Cancelled);
     if (deadline.Expired()) co_return Fail(FailureKind::TimedOut);
     if (!stream) co_return Fail(stream.error());
-    session.control = std::make_unique<Control>(session.transport.Executor(), std::move(*stream),
-                                                session.events, session.deadlines.reply);
+    session.control =
+        std::make_unique<Control>(session.transport.Executor(), std::move(*stream), session.events,
+                                  session.deadlines.reply, ReadingFor(who.server.security));
+    co_return Result<>{};
+}
+
+/// The handshake, and whether this is the server that the user means. Nothing secret has been said yet.
+Task<> Secure(Session& session, const Access& who) {
+    Control& control = *session.control;
+    SecureStream* secured = nullptr;
+    const auto wrap = [&](std::unique_ptr<Stream> plain) {
+        auto stream = session.transport.SecureControl(std::move(plain), who.server.where.host);
+        secured = stream.get();
+        return std::unique_ptr<Stream>(std::move(stream));
+    };
+    const Deadline deadline(session.transport.Executor(), session.deadlines.connect,
+                            [&control] { control.Close(); });
+    const auto stands = co_await control.Secure(wrap);
+    if (session.dropped) co_return Fail(FailureKind::Cancelled);
+    if (deadline.Expired()) co_return Fail(FailureKind::TimedOut);
+    if (!stands) co_return stands;
+    session.tls_version = secured->Version();
+    const Certificate& certificate = secured->PeerCertificate();
+    session.events.Secured(session.tls_version, certificate);
+    if (!certificate.Valid() && certificate.fingerprint != who.trusted)
+        co_return Fail(FailureKind::NotTrusted);
+    co_return Result<>{};
+}
+
+/// AUTH TLS (RFC 4217 section 4). A server that knows nothing of it is spoken to in plain text, where that
+/// has not been ruled out.
+Task<> AskForTls(Session& session, Conversation& talk, const Commands& commands, const Access& who) {
+    const auto answer = co_await talk.Answer(commands.auth);
+    if (!answer) co_return Fail(answer.error());
+    if (answer->code == 234) co_return co_await Secure(session, who);
+    const bool demanded = who.server.security == Security::Explicit || who.had_tls;
+    if (demanded) co_return Fail(FailureKind::NotEncrypted, RefusalOf(*answer).detail);
+    session.control->ReadFreely();
+    co_return Result<>{};
+}
+
+/// PBSZ, PROT P: files and listings are protected, too, or there is no session.
+Task<> ProtectData(Conversation& talk, const Commands& commands) {
+    const auto buffer = co_await talk.Answer(commands.buffer);
+    if (!buffer) co_return Fail(buffer.error());
+    const auto protect = co_await talk.Answer(commands.protect);
+    if (!protect) co_return Fail(protect.error());
+    if (!protect->Completed()) co_return Fail(RefusalOf(*protect));
     co_return Result<>{};
 }
 
@@ -118,13 +197,33 @@ Task<> Attempt(Session& session, const Access& who, const Commands& commands, bo
     const auto connected = co_await Connect(session, who);
     if (!connected) co_return connected;
     Conversation talk(session, ahead);
-    std::vector<Command> all{commands.user, commands.pass, commands.feat, commands.utf8, commands.type};
-    const auto sent = co_await talk.SendAhead(std::move(all));
+    const Security security = who.server.security;
+    if (security == Security::Implicit) {
+        const auto secured = co_await Secure(session, who);
+        if (!secured) co_return secured;
+    }
+    auto sent = co_await talk.SendAhead(commands.First(security));
     if (!sent) co_return sent;
     const auto greeted = co_await Greeting(session);
     if (!greeted) co_return greeted;
+    if (Asks(security)) {
+        const auto agreed = co_await AskForTls(session, talk, commands, who);
+        if (!agreed) co_return agreed;
+        sent = co_await talk.SendAhead(commands.Rest(session.Encrypted()));
+        if (!sent) co_return sent;
+    }
+    // Some servers want to know first who asks, others have no use for it afterwards: the second attempt goes
+    // the other way round.
+    if (session.Encrypted() && ahead) {
+        const auto protects = co_await ProtectData(talk, commands);
+        if (!protects) co_return protects;
+    }
     const auto identified = co_await Identify(session, talk, commands, who);
     if (!identified) co_return identified;
+    if (session.Encrypted() && !ahead) {
+        const auto protects = co_await ProtectData(talk, commands);
+        if (!protects) co_return protects;
+    }
     co_return co_await Prepare(session, talk, commands);
 }
 
@@ -145,9 +244,6 @@ bool MayMindCommandsAhead(const Failure& failure) {
 }  // namespace
 
 Task<> Login(Session& session, Access who) {
-    const Security security = who.server.security;
-    if (security == Security::Explicit || security == Security::Implicit)
-        co_return Fail(FailureKind::NotEncrypted);
     const auto commands = MakeCommands(who);
     if (!commands) co_return Fail(commands.error());
     auto outcome = co_await Attempt(session, who, *commands, true);

@@ -22,7 +22,9 @@ struct Access {
 
 /// Connects and logs in (RFC 959 section 5.4). Everything that need not wait for an answer leaves together,
 /// before the greeting even; a server that minds is connected to again and asked one step at a time. A
-/// refused login is Refused with the server's words and leaves no session.
+/// refused login is Refused with the server's words and leaves no session. Neither user name nor password
+/// leave before TLS stands and the certificate is valid or trusted (else NotTrusted), or plain text is what
+/// is wanted (else NotEncrypted).
 Task<> Login(Session& session, Access access);
 
 }  // namespace ftp

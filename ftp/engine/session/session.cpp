@@ -84,6 +84,7 @@ void Session::Drop() {
 void Session::Forget() {
     control.reset();
     logged_in = false;
+    tls_version.clear();
     features = {};
     habits = {};
     type = 0;

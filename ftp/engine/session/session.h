@@ -31,6 +31,9 @@ struct Session {
     /// Whether a login stands (the server may have closed it since; the next exchange shows).
     bool LoggedIn() const { return logged_in && control; }
 
+    /// Whether control and data connections are protected by TLS.
+    bool Encrypted() const { return !tls_version.empty(); }
+
     /// Sends one command and returns its reply whatever it is; preliminary replies are read past.
     Task<Reply> Ask(std::string_view verb, std::string_view argument = {});
     /// Sends one command that must be answered 2xx; otherwise Refused.
@@ -62,6 +65,7 @@ struct Session {
 
     std::unique_ptr<Control> control;
     bool logged_in = false;
+    std::string tls_version;  // "TLSv1.3"; empty: the session is plain text
     Features features;
     Habits habits;
     char type = 0;  // 'A' or 'I' as the server has accepted it, 0 before

@@ -14,8 +14,7 @@ Task<> Push(Transfer& transfer, SourceFile& source, std::int64_t& total) {
     }
     // A file that was cut short meanwhile must not become a whole file on the server.
     if (total < source.Size()) co_return Fail(FailureKind::LocalOther);
-    transfer.Data().EndWriting();
-    co_return Result<>{};
+    co_return co_await transfer.Data().EndWriting();
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "ftp/engine/session/transfer.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace ftp {
@@ -184,8 +185,12 @@ Task<> Transfer::OpenData() {
     if (!port_) co_return co_await OpenActive();
     auto data = session_.transport.StartData(*port_);  // the SYN leaves; the command follows at once
     if (!data) co_return Fail(data.error());
-    data_ = std::move(*data);
+    TakeData(std::move(*data));
     co_return Result<>{};
+}
+
+void Transfer::TakeData(std::unique_ptr<Stream> data) {
+    data_ = session_.Encrypted() ? session_.transport.SecureData(std::move(data)) : std::move(data);
 }
 
 Task<> Transfer::OpenActive() {
@@ -204,25 +209,21 @@ Task<> Transfer::OpenActive() {
     co_return told;
 }
 
-/// Waits until the data connection stands.
+/// Waits until the data connection stands, handshake and all.
 Task<> Transfer::Establish() {
     const Deadline deadline(session_.transport.Executor(), session_.deadlines.connect,
                             [this] { CloseData(); });
     Result<> stands;
     if (listener_) {
         auto data = co_await listener_->Accept();
-        if (data) {
-            data_ = std::move(*data);
-        } else {
-            stands = Fail(data.error());
-        }
-    } else {
-        stands = co_await data_->Connected();
+        if (data) TakeData(std::move(*data));
+        if (!data) stands = Fail(data.error());
     }
+    const auto called_off = [this] { return session_.Stopping() || refused_; };
+    if (stands && !called_off()) stands = co_await data_->Connected();
     if (deadline.Expired()) co_return Fail(FailureKind::TimedOut);
     if (!stands) co_return stands;
-    if (session_.Stopping() || refused_)
-        co_return Fail(FailureKind::Cancelled);  // called off as it was accepted
+    if (called_off()) co_return Fail(FailureKind::Cancelled);
     session_.events.TransferStarted(stated_);
     silence_.emplace(session_.transport.Executor(), session_.deadlines.data, [this] { CloseData(); });
     co_return Result<>{};
@@ -246,7 +247,9 @@ void Transfer::See(const Reply& reply) {
 }
 
 void Transfer::Moved(std::int64_t bytes) {
-    session_.events.Moved(bytes - static_cast<std::int64_t>(data_->Unsent()));
+    // What protects the bytes counts as unsent, too, so the difference may go back a little.
+    told_ = std::max(told_, bytes - static_cast<std::int64_t>(data_->Unsent()));
+    session_.events.Moved(told_);
     silence_->Restart();
 }
 
@@ -269,7 +272,8 @@ Task<> Transfer::Finish(Result<> moved) {
     if (!moved && !aborted_ && !commanded_ && !session_.control->Owes()) co_return moved;  // never began
 
     // The server says how it went, unless we are the ones who broke off.
-    const bool server_ended = refused_ || (!moved && moved.error().kind == FailureKind::ConnectionLost);
+    const bool server_ended = refused_ || (!moved && (moved.error().kind == FailureKind::ConnectionLost ||
+                                                      moved.error().kind == FailureKind::CutShort));
     const bool broke_off = aborted_ || overtaken_ || silent || (!moved && !server_ended);
     if (!broke_off) {
         const auto answered = co_await AwaitFinal();

@@ -65,6 +65,7 @@ class Transfer {
     Task<> AwaitBegin();
     Task<> OpenData();
     Task<> OpenActive();
+    void TakeData(std::unique_ptr<Stream> data);
     Task<> Establish();
     Task<> AwaitFinal();
     asio::awaitable<void> AwaitNextPort();
@@ -80,6 +81,7 @@ class Transfer {
     std::optional<Control::Watch> watch_;
     std::optional<Deadline> silence_;
     std::optional<std::int64_t> stated_;
+    std::int64_t told_ = 0;            // bytes that Moved has told of
     TransferReplies arrived_, taken_;  // replies as they come, and those that have been taken in turn
     bool commanded_ = false;           // the transfer command has left
     bool ahead_ = false;               // its port was asked for ahead, or the next one's is

@@ -70,6 +70,10 @@ bool MaySucceed(const Sequence& sequence, std::size_t at, Fault fault) {
 }
 
 bool IsSensible(const ftp::Failure& failure, Fault fault, const Step& step) {
+    // A handshake that is broken off, and one that the second attempt at a login asks for in vain.
+    const bool in_handshake = step.bytes.starts_with(kClientHello) || step.bytes.starts_with(kServerHello);
+    if (failure.kind == FailureKind::TlsFailed) return in_handshake || fault == Fault::Refuse;
+    if (in_handshake && failure.kind == FailureKind::ConnectionRefused) return true;
     if (step.kind == Step::Kind::Connects && failure.kind == FailureKind::ConnectionRefused) return true;
     switch (fault) {
         case Fault::Close:
@@ -80,6 +84,7 @@ bool IsSensible(const ftp::Failure& failure, Fault fault, const Step& step) {
             if (step.beside) return failure.kind == FailureKind::ConnectionLost;  // nobody was asked then
             return failure.kind == FailureKind::Refused && failure.code == 421 && failure.detail == "Goodbye";
         case Fault::Refuse:
+            if (failure.kind == FailureKind::NotEncrypted) return true;
             return failure.kind == FailureKind::Refused && failure.code == 500;
         case Fault::Silence:
             if (step.beside) return failure.kind == FailureKind::Cancelled;  // closed before it began

@@ -60,6 +60,11 @@ Step Ends();
 Step Takes(const std::string& bytes);
 Step TakesEnd();
 
+/// The two sides of a TLS handshake, as a script has them: a Command and a Reply of the control connection,
+/// or what is taken and sent on a data connection.
+inline const std::string kClientHello = "(client hello)";
+inline const std::string kServerHello = "(server hello)";
+
 enum class Fault {
     None,
     Close,    // the server closes all connections in order
@@ -107,6 +112,9 @@ class Script : public ftp::Transport {
     std::string PeerAddress() const override { return "127.0.0.1"; }
     ftp::Result<std::unique_ptr<ftp::Stream>> StartData(std::uint16_t port) override;
     ftp::Result<std::unique_ptr<ftp::Listener>> Listen() override;
+    std::unique_ptr<ftp::SecureStream> SecureControl(std::unique_ptr<ftp::Stream> plain,
+                                                     const std::string& host) override;
+    std::unique_ptr<ftp::Stream> SecureData(std::unique_ptr<ftp::Stream> plain) override;
     void CancelConnect() override;
 
     /// One connection, as both ends see it.

@@ -47,6 +47,10 @@ const std::string kGotRows = "first|second|third|";
 ftp::Task<> LogIn(Stage& stage) {
     return ftp::Login(stage.session, {{{"host", 21}, ftp::Security::None}, "anna", "hemligt", "konto"});
 }
+ftp::Task<> LogInSafely(Stage& stage, ftp::Security security) {
+    ftp::Access access{{{"host", 21}, security}, "anna", "hemligt", "konto"};
+    co_return co_await ftp::Login(stage.session, std::move(access));
+}
 ftp::Task<> List(Stage& stage) {
     return ftp::ListDirectory(stage.session, {});
 }
@@ -120,6 +124,62 @@ std::vector<Sequence> Logins() {
          {}},
         {"login_one_by_one", true, kGreeting + one_by_one + whole, LogIn, {}},
         {"login_hung_up", true, kGreeting + kName + Steps{HangsUp()} + whole, LogIn, {}},
+    };
+}
+
+std::vector<Sequence> SafeLogins() {
+    const auto with = [](ftp::Security security) {
+        return [security](Stage& stage) { return LogInSafely(stage, security); };
+    };
+    const auto if_offered = with(ftp::Security::IfOffered);
+    const Steps offered{Connects(), Command("AUTH TLS"), Reply("220 Welcome"), Reply("234 Go on")};
+    const Steps not_offered{Connects(), Command("AUTH TLS"), Reply("220 Welcome"), Optional("502 What?")};
+    const Steps hello{Command(kClientHello), Reply(kServerHello)};
+    const Steps protects{Command("PBSZ 0"), Optional("200 Fine"), Command("PROT P"), Reply("200 Fine")};
+    const Steps log_in = kName + kPassword;
+    const Steps too_early{Command("PBSZ 0"), Reply("503 Log in first"), Command("PROT P"),
+                          Reply("503 Log in first")};
+    const Steps in_turn = kGreeting + Steps{Command("AUTH TLS"), Reply("234 Go on")};
+    return {
+        {"login_tls",
+         true,
+         offered + hello + protects + log_in + kPrepared,
+         with(ftp::Security::Explicit),
+         {}},
+        {"login_tls_if_offered", true, offered + hello + protects + log_in + kPrepared, if_offered, {}},
+        {"login_tls_not_offered", true, not_offered + log_in + kPrepared, if_offered, {}},
+        {"login_tls_implicit",
+         true,
+         Steps{Connects()} + hello + Steps{Reply("220 Welcome")} + protects + log_in + kPrepared,
+         with(ftp::Security::Implicit),
+         {}},
+        {"login_tls_one_by_one",
+         true,
+         offered + hello + too_early + in_turn + hello + log_in + protects + kPrepared,
+         if_offered,
+         {}},
+    };
+}
+
+/// A listing over TLS.
+std::vector<Sequence> SafeTransfers() {
+    const Steps hello{Takes(kClientHello + "\r\n"), Sends(kServerHello + "\r\n")};
+    const auto safely = [](ftp::Task<> (*sequence)(Stage&)) {
+        return [sequence](Stage& stage) {
+            stage.session.tls_version = "TLSv1.3";
+            return sequence(stage);
+        };
+    };
+    return {
+        {"list_tls", false, kImage + kEpsv + kList + hello + kRows, safely(List), kGotRows},
+        {"list_tls_eprt", false, kImage + kEprt + kList + Steps{DataCalls()} + hello + kRows,
+         safely(ListActively), kGotRows},
+        {"store_tls",
+         false,
+         kImage + kEpsv + Steps{Command("STOR fil.txt"), Reply("150 Waiting")} + hello +
+             Steps{Takes("uploaded"), TakesEnd(), Reply("226 Done")},
+         safely(Store),
+         {}},
     };
 }
 
@@ -228,7 +288,7 @@ std::ostream& operator<<(std::ostream& out, const Sequence& sequence) {
 const std::vector<Sequence>& Sequences() {
     static const std::vector<Sequence> all = [] {
         std::vector<Sequence> sequences = Logins();
-        for (auto&& more : {Transfers(), Others()})
+        for (auto&& more : {SafeLogins(), Transfers(), SafeTransfers(), Others()})
             sequences.insert(sequences.end(), more.begin(), more.end());
         return sequences;
     }();

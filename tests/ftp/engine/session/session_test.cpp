@@ -37,6 +37,73 @@ ftp::Task<> LogIn(Stage& stage) {
     co_return co_await ftp::Login(stage.session, std::move(access));
 }
 
+ftp::Task<> LogInWithTls(Stage& stage, bool had_tls, std::string trusted) {
+    ftp::HostAndPort where{"host", 21};
+    ftp::Access access{.server = {where, ftp::Security::IfOffered},
+                       .user = "anna",
+                       .password = "hemligt",
+                       .account = {},
+                       .had_tls = had_tls,
+                       .trusted = std::move(trusted)};
+    co_return co_await ftp::Login(stage.session, std::move(access));
+}
+
+const Steps kOffered{Connects(), Command("AUTH TLS"), Reply("220 Welcome"), Reply("234 Go on")};
+
+TEST(Tls, IsNotGivenUpForPlainTextOnceItHasBeenThere) {
+    Stage stage({Connects(), Command("AUTH TLS"), Reply("220 Welcome"), Reply("502 What?")});
+    const auto outcome = stage.Run([](Stage& s) { return LogInWithTls(s, true, {}); });
+    EXPECT_EQ(KindOf(outcome), FailureKind::NotEncrypted);
+    EXPECT_EQ(stage.record.trace, (Strings{"< 220 Welcome", "> AUTH TLS", "< 502 What?"}));
+    EXPECT_FALSE(stage.session.LoggedIn());
+}
+
+TEST(Tls, EndsWithACertificateThatNobodyTrustsBeforeAnythingIsSaid) {
+    Stage stage({Connects(), Command("AUTH TLS"), Reply("220 Welcome"), Reply("234 Go on"),
+                 Command(kClientHello), Reply(kServerHello + " expired")});
+    const auto outcome = stage.Run([](Stage& s) { return LogInWithTls(s, false, "EF:01"); });
+    EXPECT_EQ(KindOf(outcome), FailureKind::NotTrusted);
+    EXPECT_EQ(stage.record.secured, Strings{"TLSv1.3 AB:CD"});
+    EXPECT_EQ(stage.record.trace, (Strings{"< 220 Welcome", "> AUTH TLS", "< 234 Go on"}));
+    EXPECT_EQ(stage.script.Surprise(), "");
+}
+
+TEST(Tls, TakesTheCertificateThatTheUserTrusts) {
+    Stage stage({Connects(),
+                 Command("AUTH TLS"),
+                 Reply("220 Welcome"),
+                 Reply("234 Go on"),
+                 Command(kClientHello),
+                 Reply(kServerHello + " expired"),
+                 Command("PBSZ 0"),
+                 Command("PROT P"),
+                 Command("USER anna"),
+                 Command("PASS hemligt"),
+                 Command("FEAT"),
+                 Command("OPTS UTF8 ON"),
+                 Command("TYPE I"),
+                 Reply("200 Fine"),
+                 Reply("200 Fine"),
+                 Reply("331 Password?"),
+                 Reply("230 In"),
+                 Reply("500 What?"),
+                 Reply("500 What?"),
+                 Reply("200 Image")});
+    EXPECT_TRUE(stage.Run([](Stage& s) { return LogInWithTls(s, false, "AB:CD"); }));
+    EXPECT_TRUE(stage.session.Encrypted());
+}
+
+TEST(Tls, EndsWhereSomethingWasSaidBeforeTheHandshake) {
+    for (const char* more : {"\r\n230 In", "\r\n23", "\r\n\xFF"}) {
+        Steps steps = kOffered;
+        steps.back().bytes += more;
+        Stage stage(steps);
+        const auto outcome = stage.Run([](Stage& s) { return LogInWithTls(s, false, {}); });
+        EXPECT_EQ(KindOf(outcome), FailureKind::TlsFailed) << more;
+        EXPECT_TRUE(stage.record.secured.empty());
+    }
+}
+
 TEST(Session, TraceReadsCommandThenRepliesAlthoughCommandsLeaveTogether) {
     Stage stage({Connects(), Reply("220 Welcome"), Command("USER anna"), Command("PASS hemligt"),
                  Command("FEAT"), Command("OPTS UTF8 ON"), Command("TYPE I"), Reply("331 Password?"),

@@ -87,7 +87,7 @@ ftp::Result<> Stage::Run(const Sequence& sequence) {
     context.restart();
     context.run_for(kHangs);
     if (outcome) return *outcome;
-    ADD_FAILURE() << "the sequence hangs";
+    ADD_FAILURE() << "the sequence hangs" << testing::PrintToString(record.trace) << script.Surprise();
     std::abort();  // what hangs still holds on to this
 }
 

@@ -41,9 +41,12 @@ class Record : public ftp::Events {
         lines.insert(lines.end(), batch.begin(), batch.end());
         co_return;
     }
+    void Secured(const std::string& version, const ftp::Certificate& certificate) override {
+        secured.push_back(version + " " + certificate.fingerprint);
+    }
     void Trouble(const ftp::Failure& failure) override { troubles.push_back(failure); }
 
-    std::vector<std::string> trace, lines;
+    std::vector<std::string> trace, lines, secured;
     std::vector<std::int64_t> sizes, moved;
     std::vector<ftp::Failure> troubles;
 };
