@@ -159,6 +159,16 @@ TEST_F(Scripted, AbortsAnEndlessTransfer) {
     EXPECT_EQ(server.Commands().at(2), "ABOR");
 }
 
+TEST_F(Scripted, KnowsTelnetFromNames) {
+    LineClient client("127.0.0.1", server.Port());
+    client.Reply();
+    client.Ask(
+        "\xFF\xF4\xF2"
+        "ABOR");
+    client.Ask("DELE \xFF\xFF\xF2");
+    EXPECT_EQ(server.Commands(), (Lines{"ABOR", "DELE \xFF\xF2"}));
+}
+
 TEST_F(Scripted, KeepsEarlyCommandsForLater) {
     server.At("RETR", {Say("150 Here it comes."), Hold(), SendData("hej"), CloseData(), Say("226 Done.")});
     LineClient client("127.0.0.1", server.Port());

@@ -9,11 +9,15 @@
 namespace ftp_test {
 namespace {
 
-/// Without the Telnet signals that may stand before an ABOR.
-std::string WithoutTelnet(std::string line) {
-    for (std::size_t at; (at = line.find('\xFF')) != std::string::npos;) line.erase(at, 2);
-    std::erase(line, '\xF2');
-    return line;
+/// Without the Telnet signals that may stand before an ABOR; a doubled 0xFF is one of a name.
+std::string WithoutTelnet(const std::string& line) {
+    if (line.ends_with("ABOR")) return "ABOR";
+    std::string bytes;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        bytes += line[i];
+        if (line[i] == '\xFF') ++i;
+    }
+    return bytes;
 }
 
 void ReplaceAll(std::string& text, const std::string& mark, const std::string& value) {

@@ -51,6 +51,7 @@ const std::vector<Fault> kFaults = {
     {"WithLoneCr", Decorated(" \r."), Costs::Nothing},
     {"WithEscapes", Decorated(" \x1b[2J\x1b]0;x\x07\x9b"), Costs::Nothing},
     {"WithDirectionMarks", Decorated(" \xE2\x80\xAEhtm.exe"), Costs::Nothing},
+    {"WithThePassword", Decorated(" hemligt-ord"), Costs::Nothing},
     {"AfterAHundredLines", AfterLines(100), Costs::Nothing},
     {"Lost", Lost(), Costs::OneOperation, kImpatient},
     {"Unterminated", Unterminated(), Costs::OneOperation, kImpatient},
@@ -128,8 +129,44 @@ TEST_P(ReplyFault, Once) {
     EXPECT_TRUE(Do(Work::Get)) << Told();
 }
 
+/// A server that does it each time: nothing need succeed, but all that must hold does.
+class LastingReplyFault : public ReplyFault {};
+
+TEST_P(LastingReplyFault, EachTime) {
+    if (ThePlace().work != Work::Connect) {
+        EXPECT_TRUE(Do(Work::Connect));
+    }
+    StrikeEach(ThePlace().command, Orders());
+    for (const Work work : {ThePlace().work, Work::Get, Work::Quit}) {
+        if (!component->Connected() && work != Work::Connect) Do(Work::Connect);
+        const bool succeeded = Do(work);
+        EXPECT_TRUE(succeeded || TheFault().costs != Costs::Nothing) << Told();
+    }
+    EXPECT_GE(Struck(), 1);
+    server.At(ThePlace().command, {Proper()});
+
+    lies = false;
+    EXPECT_TRUE(Do(Work::Connect)) << "all is well again" << Told();
+    EXPECT_TRUE(Do(Work::Get)) << Told();
+}
+
 INSTANTIATE_TEST_SUITE_P(All, ReplyFault,
                          testing::Combine(testing::ValuesIn(PointersTo(kFaults)),
+                                          testing::ValuesIn(PointersTo(kPlaces))),
+                         NameOfCase);
+
+std::vector<const Fault*> LastingFaults() {
+    static const std::set<std::string> names{
+        "SplitAtEveryByte", "WithEscapes",  "WithThePassword", "Lost",         "Doubled",
+        "OneMegabyteLine",  "ClosedBefore", "ResetAfter",      "NoReplyAtAll", "Code421",
+        "Code450",          "Code550",      "Code200"};
+    std::vector<const Fault*> lasting = PointersTo(kFaults);
+    std::erase_if(lasting, [](const Fault* fault) { return !names.contains(fault->name); });
+    return lasting;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, LastingReplyFault,
+                         testing::Combine(testing::ValuesIn(LastingFaults()),
                                           testing::ValuesIn(PointersTo(kPlaces))),
                          NameOfCase);
 

@@ -18,13 +18,13 @@ enum class Work { Connect, List, Enter, Get, Put, Rename, Delete, Make, Remove, 
 
 /// Silence ends soon, for faults that are waited for.
 constexpr Deadlines kImpatient{.connect = std::chrono::milliseconds(500),
-                               .reply = std::chrono::milliseconds(250),
-                               .data = std::chrono::milliseconds(250),
-                               .early_login = std::chrono::milliseconds(250),
-                               .ahead = std::chrono::milliseconds(250),
+                               .reply = std::chrono::milliseconds(200),
+                               .data = std::chrono::milliseconds(200),
+                               .early_login = std::chrono::milliseconds(200),
+                               .ahead = std::chrono::milliseconds(200),
                                .idle = std::chrono::milliseconds(1000),
-                               .abort = std::chrono::milliseconds(250),
-                               .quit = std::chrono::milliseconds(250)};
+                               .abort = std::chrono::milliseconds(200),
+                               .quit = std::chrono::milliseconds(200)};
 /// What depends on no deadline is tried with those of the program.
 constexpr Deadlines kPatient{};
 
