@@ -45,10 +45,10 @@ Component::~Component() {
 
 void Component::Connect() {
     if (!d_->MayStart()) return;
-    d_->Run(ftp::Connect{.host_field = HostName.toStdString(),
-                         .user = UserName.toStdString(),
-                         .password = Password.toStdString(),
-                         .account = Account.toStdString()});
+    d_->Connect({.host_field = HostName.toStdString(),
+                 .user = UserName.toStdString(),
+                 .password = Password.toStdString(),
+                 .account = Account.toStdString()});
 }
 
 void Component::SetSessionOption(std::int16_t option) {

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <chrono>
 
+#include "ftp/engine/wire/address.h"
 #include "ftp/error_text.h"
 #include "ftp/operation_gate.h"
 #include "ftp/visible_text.h"
@@ -31,6 +32,15 @@ bool IsLocal(FailureKind kind) {
     return kind == FailureKind::LocalNotFound || kind == FailureKind::LocalDenied ||
            kind == FailureKind::LocalDiskFull || kind == FailureKind::LocalPath ||
            kind == FailureKind::LocalOther;
+}
+
+/// "host:port", in lower case; empty for what is no host field, which the worker then tells.
+QString ServerOf(const std::string& host_field) {
+    const auto address = ParseHostField(host_field);
+    if (!address) return {};
+    const auto& [host, port] = address->where;
+    const QString name = QString::fromStdString(host).toLower();
+    return (name.contains(u':') ? u'[' + name + u']' : name) + u':' + QString::number(port);
 }
 
 }  // namespace
@@ -62,6 +72,42 @@ void Component::Private::Run(Operation operation, const QString& local_path) {
     if (shut_down_) SetConnected(false);  // the worker may have been between two operations then
     ForgetSecretsOfNoSession();
     SetBusy(false);
+}
+
+void Component::Private::Connect(ftp::Connect request) {
+    const auto self = shared_from_this();
+    const QString server = ServerOf(request.host_field);
+    const KnownServer known = component_->FindServer(server);
+    request.had_tls = known.had_tls;
+    request.trusted = known.fingerprint.toStdString();
+    certificate_.reset();
+    may_ask_ = true;
+    Run(request);
+    may_ask_ = false;
+    if (const auto answer = AskAboutCertificate(server, known)) {
+        if (*answer == CertificateAnswer::Refuse) return RaiseProblem(*std::exchange(not_trusted_, {}));
+        request.trusted = certificate_->fingerprint;
+        if (*answer == CertificateAnswer::TrustAlways)
+            component_->KeepServer(server, {true, QByteArray::fromStdString(request.trusted)});
+        return Run(request);
+    }
+    // A certificate that others vouch for takes the place of one that the user alone has trusted.
+    const bool reached = component_ && !shut_down_ && certificate_ && !not_trusted_;
+    if (!reached) return;
+    const KnownServer now{true, certificate_->Valid() ? QByteArray() : known.fingerprint};
+    if (now != known) component_->KeepServer(server, now);
+}
+
+/// What the user says to the certificate that the last attempt has failed for, if it has.
+std::optional<CertificateAnswer> Component::Private::AskAboutCertificate(const QString& server,
+                                                                         const KnownServer& known) {
+    if (!component_ || shut_down_ || !not_trusted_) return std::nullopt;
+    const CertificateQuestion question{server, *certificate_, !known.fingerprint.isEmpty()};
+    const auto ask = component_->AskAboutCertificate;  // the component may go meanwhile
+    const CertificateAnswer answer = ask(question);
+    if (!component_ || shut_down_) return std::nullopt;
+    if (answer != CertificateAnswer::Refuse) not_trusted_.reset();
+    return answer;
 }
 
 void Component::Private::BeginRun(int lanes) {
@@ -199,15 +245,28 @@ void Component::Private::On(const TransferStarted& transfer) {
     if (!sampling_.isActive()) sampling_.start(kSampling, this);
 }
 
+void Component::Private::On(const TlsAgreed& tls) {
+    certificate_ = tls.certificate;
+}
+
 void Component::Private::On(const SessionChanged& session) {
+    component_->tls_version_ = QString::fromStdString(session.tls);
     SetConnected(session.connected);
     if (!running_) ForgetSecretsOfNoSession();
 }
 
 void Component::Private::On(const Problem& problem) {
+    if (may_ask_ && problem.failure.kind == FailureKind::NotTrusted) {
+        not_trusted_ = problem.failure;
+        return;
+    }
     sampling_.stop();
     if (counting_) SampleProgress();
-    const auto [number, text] = DescribeFailure(problem.failure, WordsOf(problem.failure, local_path_));
+    RaiseProblem(problem.failure);
+}
+
+void Component::Private::RaiseProblem(const Failure& failure) {
+    const auto [number, text] = DescribeFailure(failure, WordsOf(failure, local_path_));
     Raise(&Component::Error, number, text);
 }
 
@@ -242,6 +301,7 @@ void Component::Private::SetBusy(bool busy) {
 
 void Component::Private::SetConnected(bool connected) {
     if (!component_ || std::exchange(component_->connected_, connected) == connected) return;
+    if (!connected) component_->tls_version_.clear();
     Raise(&Component::ConnectedChanged, connected);
 }
 

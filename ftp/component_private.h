@@ -23,6 +23,8 @@ class Component::Private : public QObject, public std::enable_shared_from_this<P
     /// Returns when the operation is over and all its events have been raised. `local_path` is the transfer's
     /// local file as the user knows it.
     void Run(Operation operation, const QString& local_path = {});
+    /// With what is known of the server, and once more where the user trusts a certificate that is not valid.
+    void Connect(ftp::Connect request);
     void BeginRun(int lanes);
     void EndRun();
     /// Raises the error event about a local path that cannot be used.
@@ -53,11 +55,14 @@ class Component::Private : public QObject, public std::enable_shared_from_this<P
     void On(const ReplyLine& reply);
     void On(const ListingBatch& batch);
     void On(const TransferStarted& transfer);
+    void On(const TlsAgreed& tls);
     void On(const SessionChanged& session);
     void On(const Problem& problem);
     void On(const FileProblem& problem);
     void On(const Finished& finished);
 
+    std::optional<CertificateAnswer> AskAboutCertificate(const QString& server, const KnownServer& known);
+    void RaiseProblem(const Failure& failure);
     void SampleProgress();
     void EndProgress();
     void SetBusy(bool busy);
@@ -81,6 +86,9 @@ class Component::Private : public QObject, public std::enable_shared_from_this<P
 
     std::uint64_t request_ = 0;
     bool running_ = false;
+    bool may_ask_ = false;  // a certificate that is not trusted is a question, not a failure
+    std::optional<Certificate> certificate_;  // of the server that is being connected to
+    std::optional<Failure> not_trusted_;      // the failure that the question stands for
     bool shut_down_ = false;
     bool reset_wanted_ = false;
     bool in_run_ = false;  // files may be on their way while no operation runs

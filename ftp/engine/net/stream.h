@@ -25,6 +25,9 @@ class Stream {
     /// Some bytes; 0 at the end of the stream. CutShort where the end is none that the peer has announced,
     /// and could have been made by anybody (TLS).
     virtual Task<std::size_t> Read(asio::mutable_buffer into) = 0;
+    /// Bytes that are here already, without waiting; 0 when there are none. For TLS: what has come before the
+    /// end of an upload.
+    virtual std::size_t ReadAtOnce(asio::mutable_buffer) { return 0; }
     /// All of the bytes.
     virtual Task<> Write(asio::const_buffer bytes) = 0;
     /// Some bytes of the file from its position on, at most `limit`; 0 at the end of the file.

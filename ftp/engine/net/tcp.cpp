@@ -89,6 +89,11 @@ class TcpStream : public Stream {
         co_return got;
     }
 
+    std::size_t ReadAtOnce(asio::mutable_buffer into) override {
+        asio::error_code none;
+        return socket_.is_open() ? socket_.receive(into, MSG_DONTWAIT, none) : 0;
+    }
+
     /// For the control connection. Commands that were sent ahead leave us silent while their replies come,
     /// and a server that waits for our acknowledgement before its next small packet (Nagle) would wait 40 ms
     /// each time.

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <asio/ip/address.hpp>
 #include <cstring>
+#include <deque>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -30,7 +31,8 @@ using TlsSession = std::unique_ptr<SSL_SESSION, Freed<SSL_SESSION_free>>;
 using Method = std::unique_ptr<BIO_METHOD, Freed<BIO_meth_free>>;
 
 constexpr std::size_t kControlBuffer = 20 * 1024;  // a record and its overhead
-constexpr std::size_t kDataBuffer = 256 * 1024;    // one system call for many records
+constexpr std::size_t kMostTickets = 8;
+constexpr std::size_t kDataBuffer = 256 * 1024;  // one system call for many records
 
 /// "fe80::1%eth0" and "host." are the same to a certificate as without what follows.
 std::string WithoutZone(std::string host) {
@@ -52,12 +54,19 @@ class TlsStream;
 
 struct TlsClient::Shared {
     Shared();
+    void Keep(SSL_SESSION* session);
+    TlsSession SessionToResume();
 
     Context context;
     Method method;
     std::string host;         // that the control connection is to
     std::string fingerprint;  // of its certificate
-    TlsSession session;       // to be resumed: the newest of the control connection and its data connections
+
+    // With TLS 1.3 a session is a ticket: two come with the control connection, and one with most data
+    // connections. A ticket is to serve once, and some servers insist; the last one is used again only where
+    // there is no other, as after uploads to proftpd, which bring none.
+    std::deque<TlsSession> unused;
+    TlsSession last;
 };
 
 /// One connection. OpenSSL works on memory, and the stream below moves the bytes: so whatever makes streams
@@ -79,7 +88,7 @@ class TlsStream : public SecureStream {
         NameHost();
         if (control_) return;
         SSL_set_verify(tls_.get(), SSL_VERIFY_NONE, nullptr);  // its certificate is compared instead
-        if (shared_.session) SSL_set_session(tls_.get(), shared_.session.get());
+        if (const TlsSession session = shared_.SessionToResume()) SSL_set_session(tls_.get(), session.get());
     }
 
     /// Without this OpenSSL would hold the session for broken, and not resume it for other connections.
@@ -142,8 +151,14 @@ class TlsStream : public SecureStream {
         co_return co_await plain_->EndWriting();
     }
 
-    void Close() override { plain_->Close(); }
-    void Reset() override { plain_->Reset(); }
+    void Close() override {
+        TakeTickets();
+        plain_->Close();
+    }
+    void Reset() override {
+        TakeTickets();
+        plain_->Reset();
+    }
 
     const Certificate& PeerCertificate() const override { return certificate_; }
     std::string Version() const override { return SSL_get_version(tls_.get()); }
@@ -161,7 +176,7 @@ class TlsStream : public SecureStream {
     /// A session for the next data connections. Only from somebody who has shown who he is.
     bool KeepSession(SSL_SESSION* session) {
         if (!control_ && !seen_) return false;
-        shared_.session.reset(session);
+        shared_.Keep(session);
         return true;
     }
 
@@ -192,6 +207,16 @@ class TlsStream : public SecureStream {
         }
         seen_ = true;
         return {};
+    }
+
+    /// An upload reads nothing, but its connection has brought a ticket for one to come.
+    void TakeTickets() {
+        if (control_ || !seen_ || std::exchange(closed_, true)) return;
+        char nothing = 0;
+        while (taken_ == fetched_ && (fetched_ = plain_->ReadAtOnce(asio::buffer(incoming_))) > 0) {
+            taken_ = 0;
+            Decrypt(asio::buffer(&nothing, 1));
+        }
     }
 
     /// As much as is here; 0 when there is nothing, and SSL_get_error tells why.
@@ -240,6 +265,7 @@ class TlsStream : public SecureStream {
     Tls tls_;
     const bool control_;
     bool seen_ = false;  // the peer's certificate
+    bool closed_ = false;
     bool flushing_ = false;
     Certificate certificate_;
     std::vector<int> faults_;     // of the certificate, as the verification has found them
@@ -310,13 +336,28 @@ TlsClient::Shared::Shared()
     SSL_CTX_sess_set_new_cb(tls, NoteSession);
 }
 
+void TlsClient::Shared::Keep(SSL_SESSION* session) {
+    unused.emplace_back(session);
+    if (unused.size() > kMostTickets) unused.pop_front();
+}
+
+/// A copy: OpenSSL marks the one that is used as used up.
+TlsSession TlsClient::Shared::SessionToResume() {
+    if (!unused.empty()) {
+        last = std::move(unused.back());  // the newest: it is valid longest
+        unused.pop_back();
+    }
+    return last ? TlsSession(SSL_SESSION_dup(last.get())) : nullptr;
+}
+
 TlsClient::TlsClient() : shared_(std::make_unique<Shared>()) {}
 TlsClient::~TlsClient() = default;
 
 std::unique_ptr<SecureStream> TlsClient::SecureControl(std::unique_ptr<Stream> plain,
                                                        const std::string& host) {
     shared_->host = WithoutZone(host);
-    shared_->session.reset();
+    shared_->unused.clear();
+    shared_->last.reset();
     shared_->fingerprint.clear();
     return std::make_unique<TlsStream>(*shared_, std::move(plain), true);
 }

@@ -47,6 +47,7 @@ void WorkerClient::Hear(ftp::Notification notification) {
         told_.problems.push_back(problem->failure);
     if (auto* session = std::get_if<ftp::SessionChanged>(&notification.what))
         told_.connected = session->connected;
+    if (auto* tls = std::get_if<ftp::TlsAgreed>(&notification.what)) told_.tls = *tls;
     if (auto* batch = std::get_if<ftp::ListingBatch>(&notification.what)) {
         told_.lines.insert(told_.lines.end(), batch->lines.begin(), batch->lines.end());
         ++batches_;

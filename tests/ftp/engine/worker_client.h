@@ -20,6 +20,7 @@ struct Told {
     std::vector<std::string> lines;  // of the listing
     std::vector<ftp::Failure> problems;
     std::optional<bool> connected;  // where it changed
+    ftp::TlsAgreed tls;             // where it was agreed on
 
     bool Well() const { return problems.empty(); }
     /// The kind of the only problem.
