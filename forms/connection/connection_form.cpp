@@ -22,7 +22,7 @@ using toolkit::Icon;
 using toolkit::MsgBox;
 
 frmConnection::frmConnection(const ConnectionHost& main)
-    : OwnedDialog(main.window), main_(main), Timer1(new QTimer(this)) {
+    : OwnedDialog(main.window), main_(main), Timer1(new QTimer(this)), reveal_(new QAction(this)) {
     RegisterPictures();
     setupUi(this);
     Timer1->setObjectName(QStringLiteral("Timer1"));
@@ -50,18 +50,21 @@ void frmConnection::Wire() {
 }
 
 void frmConnection::PreparePassword() {
-    QAction* const reveal =
-        txtPassword->addAction(QIcon(QStringLiteral(":/connection/show.svg")), QLineEdit::TrailingPosition);
-    reveal->setObjectName(QStringLiteral("reveal"));
-    reveal->setCheckable(true);
-    const auto show = [this, reveal](bool readable) {
+    reveal_->setObjectName(QStringLiteral("reveal"));
+    reveal_->setCheckable(true);
+    const auto show = [this](bool readable) {
         txtPassword->setEchoMode(readable ? QLineEdit::Normal : QLineEdit::Password);
-        reveal->setIcon(QIcon(readable ? QStringLiteral(":/connection/hide.svg")
-                                       : QStringLiteral(":/connection/show.svg")));
-        reveal->setToolTip(readable ? QStringLiteral("Dölj lösenordet") : QStringLiteral("Visa lösenordet"));
+        reveal_->setIcon(QIcon(readable ? QStringLiteral(":/connection/hide.svg")
+                                        : QStringLiteral(":/connection/show.svg")));
+        reveal_->setToolTip(readable ? QStringLiteral("Dölj lösenordet") : QStringLiteral("Visa lösenordet"));
     };
     show(false);
-    connect(reveal, &QAction::toggled, this, show);
+    txtPassword->addAction(reveal_, QLineEdit::TrailingPosition);
+    connect(reveal_, &QAction::toggled, this, show);
+}
+
+void frmConnection::HidePassword() {
+    reveal_->setChecked(false);
 }
 
 void frmConnection::Form_Load() {
@@ -71,9 +74,12 @@ void frmConnection::Form_Load() {
     SelectProfile(0);
 }
 
-// Who closes the dialog in the middle of a connect gives the connect up.
+// Who closes the dialog in the middle of a connect gives the connect up. The password goes with the dialog,
+// and so does what could be undone in its field.
 void frmConnection::done(int result) {
     if (main_.Ftp1.Busy()) cmdDisconnect_Click();
+    txtPassword->setText({});
+    HidePassword();
     OwnedDialog::done(result);
 }
 
@@ -84,6 +90,7 @@ void frmConnection::SelectProfile(int n) {
 
 // Without a profile the position is -1, and the fields of that section are empty.
 void frmConnection::Combo1_Click() {
+    HidePassword();
     ShowFields(settings::LoadProfile(main_.store, Combo1->currentIndex()));
     Command1->setEnabled(!Combo1->currentText().isEmpty());
 }

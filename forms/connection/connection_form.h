@@ -27,8 +27,9 @@ struct ConnectionHost {
     std::function<void()> BuildServerList;
 };
 
-/// While it is open the main window is disabled. It closes itself when the connect sequence is over, and must
-/// not be destroyed while the sequence runs: an operation of the component holds an event loop.
+/// While it is open the main window is disabled; when it is closed, no field of it holds the password any
+/// more. It closes itself when the connect sequence is over, and must not be destroyed while the sequence
+/// runs: an operation of the component holds an event loop.
 class frmConnection : public app::OwnedDialog, private Ui::frmConnection {
     Q_OBJECT
  public:
@@ -43,6 +44,7 @@ class frmConnection : public app::OwnedDialog, private Ui::frmConnection {
  private:
     void Wire();
     void PreparePassword();
+    void HidePassword();
     void Combo1_Click();
     void Command1_Click();
     void Command2_Click();
@@ -66,6 +68,7 @@ class frmConnection : public app::OwnedDialog, private Ui::frmConnection {
 
     const ConnectionHost main_;
     QTimer* const Timer1;
+    QAction* const reveal_;
     bool given_up_ = false;  // the session that the sequence is opening has been dropped by the user
 };
 

@@ -59,6 +59,73 @@ TEST_F(Window, ThePasswordIsHiddenUntilItIsAskedFor) {
     EXPECT_NE(password.displayText(), "hemlig");
 }
 
+TEST_F(Window, ThePasswordIsHiddenAgainWhereAnotherIsChosen) {
+    SaveProfile("Ett", {"ftp.example.com", "anna", "hemlig", ""});
+    SaveProfile("Två", {"ftp.example.net", "kalle", "okänt", ""});
+    Open();
+    const auto& password = Get<QLineEdit>("txtPassword");
+    auto* eye = password.findChild<QAbstractButton*>();
+    ASSERT_TRUE(eye);
+    QTest::mouseClick(eye, Qt::LeftButton);
+    EXPECT_EQ(password.displayText(), "hemlig");
+    auto& profiles = Get<QComboBox>("Combo1");
+    profiles.setFocus();
+    QTest::keyClick(&profiles, Qt::Key_Down);
+    EXPECT_EQ(password.text(), "okänt");
+    EXPECT_EQ(password.echoMode(), QLineEdit::Password);
+    EXPECT_NE(password.displayText(), "okänt");
+    QTest::mouseClick(eye, Qt::LeftButton);
+    EXPECT_EQ(password.displayText(), "okänt");
+}
+
+class Closing : public ConnectionDialog, public ::testing::WithParamInterface<const char*> {
+ protected:
+    void CloseIt() {
+        const std::string way = GetParam();
+        if (way == "Escape") return QTest::keyClick(&dialog_, Qt::Key_Escape);
+        if (way == "CloseBox") return void(dialog_.close());
+        Type("txtHost", "127.0.0.1:1");  // nobody listens there
+        Type("txtusername", "anna");
+        ClickOn("cmdConnect");
+    }
+};
+
+TEST_P(Closing, LeavesNoPasswordBehind) {
+    Open();
+    auto& password = Get<QLineEdit>("txtPassword");
+    Type("txtPassword", "hemlig");
+    QTest::mouseClick(password.findChild<QAbstractButton*>(), Qt::LeftButton);
+    ASSERT_EQ(password.displayText(), "hemlig");
+    ASSERT_TRUE(password.isUndoAvailable());
+    CloseIt();
+    ASSERT_FALSE(dialog_.isVisible());
+    EXPECT_EQ(password.text(), "");
+    EXPECT_FALSE(password.isUndoAvailable());
+    EXPECT_FALSE(password.isRedoAvailable());
+    password.undo();
+    EXPECT_EQ(password.text(), "");
+    for (const QLineEdit* field : dialog_.findChildren<QLineEdit*>())
+        EXPECT_FALSE(field->text().contains("hemlig")) << qUtf8Printable(field->objectName());
+
+    Open();
+    Type("txtPassword", "annat");
+    EXPECT_EQ(password.echoMode(), QLineEdit::Password);
+    EXPECT_NE(password.displayText(), "annat");
+}
+
+INSTANTIATE_TEST_SUITE_P(Ways, Closing, ::testing::Values("Escape", "CloseBox", "Connecting"),
+                         [](const auto& way) { return std::string(way.param); });
+
+TEST_F(Window, TheHostFieldExplainsItsForms) {
+    Open();
+    const QStringList lines = Get("txtHost").toolTip().split(u'\n');
+    ASSERT_EQ(lines.size(), 4);
+    EXPECT_TRUE(lines[0].startsWith("Bara namnet: "));
+    EXPECT_TRUE(lines[1].startsWith("ftpes:// "));
+    EXPECT_TRUE(lines[2].startsWith("ftps:// "));
+    EXPECT_TRUE(lines[3].startsWith("ftp:// "));
+}
+
 struct HelpText {
     const char* button;
     QString title, text;
