@@ -24,8 +24,8 @@
 //     Label1 "Överfört:"  label7 bytes  p1 empty bar  p2 filled bar  antal, antal2 the percentage  avb
 //     "&Avbryt"
 //   Trace, in Picture4
-//     Label5 "State:" lblState   Label4 "Last Error:" lblLastError   Label3 "Last Action:" lblLastAction
-//     listTrace
+//     Label5 "State:" imgLock lblState   Label4 "Last Error:" lblLastError   Label3 "Last Action:"
+//     lblLastAction listTrace
 
 #include <QMenu>
 #include <QPointer>
@@ -146,6 +146,10 @@ class MainForm : public QWidget, private Ui::MainForm {
     void Command17_Click();
     void Command18_Click();
     void Command19_Click();
+    // encryption.cpp
+    void PrepareEncryption();
+    void ShowLock(bool connected);
+    QWidget& FrontWindow();
     // trace.cpp
     void Ftp1_Debug(const QString& line);
     void Ftp1_Error(std::int32_t number, const QString& text);

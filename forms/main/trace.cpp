@@ -43,6 +43,7 @@ void MainForm::Ftp1_CommandSent(const QString& line) {
 void MainForm::Ftp1_ConnectedChanged(bool connected) {
     lblState->Show(connected ? QStringLiteral("Ansluten till ") + Ftp1->HostName
                              : QStringLiteral("Ej ansluten"));
+    ShowLock(connected);
 }
 
 }  // namespace forms

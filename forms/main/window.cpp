@@ -42,6 +42,7 @@ MainForm::MainForm(settings::Store& store, ftp::Deadlines deadlines)
     setupUi(this);
     Ftp1->setObjectName(QStringLiteral("Ftp1"));
     Ftp1->ResolveLocalPath = &platform::Resolve;
+    PrepareEncryption();
     tabd->setObjectName(QStringLiteral("tabd"));
     store_.OnProblem([this](int number, const QString& text) { Trace(ftp::ErrorLine(number, text)); });
     PrepareLayout();

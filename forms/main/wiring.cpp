@@ -29,6 +29,7 @@ void MainForm::WireComponent() {
     connect(Ftp1, &ftp::Component::Error, this, &MainForm::Ftp1_Error);
     connect(Ftp1, &ftp::Component::CommandSent, this, &MainForm::Ftp1_CommandSent);
     connect(Ftp1, &ftp::Component::ConnectedChanged, this, &MainForm::Ftp1_ConnectedChanged);
+    connect(Ftp1, &ftp::Component::BusyChanged, this, [this] { ShowLock(Ftp1->Connected()); });
 }
 
 void MainForm::WireServerPanel() {
