@@ -26,7 +26,8 @@ DOCUMENT = help_.Document(TEXT)
 
 MOST_PICTURE_BYTES = 600 * 1024
 LETTERS = set("åäöÅÄÖ\u00a0")  # besides ASCII
-EXPLAINED_FORMS = ("about", "connection", "favourites", "filter", "folderupload", "main", "transfer", "viewer")
+EXPLAINED_FORMS = ("about", "certificate", "connection", "favourites", "filter", "folderupload", "main", "transfer",
+                   "viewer")
 LONGEST_SENTENCE = 100  # characters; longer texts of the program are explanations themselves
 LONGEST_INSPECTION = 120  # seconds
 LIGHT, DARK = 1, 0  # as the browser counts them
