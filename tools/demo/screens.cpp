@@ -13,6 +13,7 @@ namespace {
 
 using namespace Qt::StringLiterals;
 
+const QString kCertificate = u"frmCertificate"_s;
 const QString kTransfer = u"Form1"_s;
 const QString kAbout = u"Form2"_s;
 const QString kFilter = u"Form3"_s;
@@ -117,7 +118,9 @@ std::vector<Step> Screens(Input& input) {
         {u"start the program"_s, [] {}, ready(kMain)},
         open(u"cmdConnection"_s, kConnection),
         picture(u"kontakta"_s, kConnection),
-        {u"connect"_s, press(kConnection, u"cmdConnect"_s), server_has(kPage)},
+        {u"connect"_s, press(kConnection, u"cmdConnect"_s), ready(kCertificate)},
+        picture(u"certifikat"_s, kCertificate),
+        {u"trust the server"_s, press(kCertificate, u"cmdNow"_s), server_has(kPage)},
         {u"mark a file to send"_s, mark(LocalFiles, kNewPage), enabled(u"Command1"_s)},
         {u"send it"_s, press(kMain, u"Command1"_s), server_has(kNewPage)},
         {u"mark a file of the server"_s, mark(ServerFiles, kPage), enabled(u"Command2"_s)},
