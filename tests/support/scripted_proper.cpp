@@ -15,15 +15,16 @@ struct ScriptedSession::Proceedings {
         {"OPTS", "200 Done."},      {"TYPE", "200 Done."},
         {"NOOP", "200 Done."},      {"CWD", "250 Done."},
         {"CDUP", "250 Done."},      {"PWD", "257 \"/\" is the current folder."},
-        {"RMD", "250 Done."},
+        {"RMD", "250 Done."},       {"PBSZ", "200 Done."},
     };
     static inline const std::map<std::string, Next (ScriptedSession::*)()> kDeeds{
         {"FEAT", &ScriptedSession::Feat}, {"PORT", &ScriptedSession::Port}, {"EPRT", &ScriptedSession::Eprt},
         {"EPSV", &ScriptedSession::Epsv}, {"PASV", &ScriptedSession::Pasv}, {"LIST", &ScriptedSession::List},
         {"RETR", &ScriptedSession::Retr}, {"STOR", &ScriptedSession::Stor}, {"SIZE", &ScriptedSession::Size},
-        {"REST", &ScriptedSession::Rest}, {"APPE", &ScriptedSession::Stor}, {"DELE", &ScriptedSession::Dele},
-        {"RNFR", &ScriptedSession::Rnfr}, {"RNTO", &ScriptedSession::Rnto}, {"MKD", &ScriptedSession::Mkd},
-        {"ABOR", &ScriptedSession::Abor}, {"QUIT", &ScriptedSession::Quit},
+        {"REST", &ScriptedSession::Rest}, {"AUTH", &ScriptedSession::Auth}, {"PROT", &ScriptedSession::Prot},
+        {"APPE", &ScriptedSession::Stor}, {"DELE", &ScriptedSession::Dele}, {"RNFR", &ScriptedSession::Rnfr},
+        {"RNTO", &ScriptedSession::Rnto}, {"MKD", &ScriptedSession::Mkd},   {"ABOR", &ScriptedSession::Abor},
+        {"QUIT", &ScriptedSession::Quit},
     };
 };
 
@@ -37,6 +38,17 @@ Next ScriptedSession::Proper() {
 
 Next ScriptedSession::Feat() {
     return Raw("211-Features:\r\n UTF8\r\n EPSV\r\n SIZE\r\n211 End\r\n");
+}
+
+Next ScriptedSession::Auth() {
+    if (!world_.Identity()) return Say("502 " + verb_ + " is not known here.");
+    const Next next = Say("234 Go ahead.");
+    return next == Next::Go ? StartTls() : next;
+}
+
+Next ScriptedSession::Prot() {
+    protects_data_ = argument_ == "P";
+    return Say("200 Done.");
 }
 
 Next ScriptedSession::Port() {

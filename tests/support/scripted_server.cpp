@@ -56,6 +56,10 @@ void ScriptedServer::AtNext(const std::string& prefix, Script script) {
     state_->world.OrderNext(prefix, std::move(script));
 }
 
+void ScriptedServer::PutTls(const std::filesystem::path& certificate, const std::filesystem::path& key) {
+    state_->world.PutTls(TlsIdentity(certificate, key));
+}
+
 void ScriptedServer::Release() {
     state_->world.released.Raise();
 }
@@ -123,6 +127,15 @@ Step OpenData() {
 Step CloseData() {
     return &ScriptedSession::CloseData;
 }
+Step DropData() {
+    return &ScriptedSession::DropData;
+}
+Step PlainData() {
+    return &ScriptedSession::PlainData;
+}
+Step StartTls() {
+    return &ScriptedSession::StartTls;
+}
 Step ResetData() {
     return &ScriptedSession::ResetData;
 }
@@ -135,6 +148,9 @@ Step Say(std::string line) {
 }
 Step Raw(std::string bytes) {
     return [bytes = std::move(bytes)](ScriptedSession& session) { return session.Raw(bytes); };
+}
+Step RawPlain(std::string bytes) {
+    return [bytes = std::move(bytes)](ScriptedSession& session) { return session.SendPlain(bytes); };
 }
 Step Replies(Manner manner, int which) {
     return [manner = std::move(manner), which](ScriptedSession& session) {

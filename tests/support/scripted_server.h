@@ -16,6 +16,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -45,10 +46,12 @@ Step Say(std::string line);         // a line; its "\r\n" is added. %p: the list
 Step Raw(std::string bytes);        // just these bytes
 Step SayForever(std::string line);  // the line again and again
 Step Pause(std::chrono::milliseconds duration);
-Step Hold();   // until Release() is called, once for each Hold
-Step Stall();  // until the client aborts or leaves
-Step Close();  // ends the session in good order
-Step Reset();  // ends it with a TCP reset
+Step Hold();      // until Release() is called, once for each Hold
+Step Stall();     // until the client aborts or leaves
+Step Close();     // ends the session in good order
+Step Reset();     // ends it with a TCP reset
+Step StartTls();  // the handshake, where the server has PutTls; the session ends when it fails
+Step RawPlain(std::string bytes);  // past TLS, onto the wire
 // On the data connection; those that send or take open it first where it is not open yet:
 Step ListenData();  // makes the port of %p and %P
 Step RefuseData();  // makes a port where nobody listens
@@ -61,6 +64,8 @@ Step SendFile(std::size_t bytes = kAll);  // of the file that is asked for, from
 Step KeepData(std::size_t bytes = kAll);  // puts what it takes into the file that the client sends
 Step TakeData(std::size_t bytes);         // this many; less when the client ends before
 Step CloseData();
+Step DropData();   // closes it without a close_notify
+Step PlainData();  // no TLS on this transfer's, though it was asked for
 Step ResetData();
 
 /// The command that a session begins with: its answer is the greeting.
@@ -87,6 +92,9 @@ class ScriptedServer {
     void AtNext(const std::string& prefix, Script script);
     /// Lets one Hold go on, the present or the next.
     void Release();
+
+    /// From now on AUTH TLS, PBSZ and PROT are understood, with this certificate and key (PEM files).
+    void PutTls(const std::filesystem::path& certificate, const std::filesystem::path& key);
 
     void AddFile(const std::string& name, const std::string& bytes);
     void RemoveFile(const std::string& name);

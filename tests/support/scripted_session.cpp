@@ -68,9 +68,45 @@ std::optional<std::string> ScriptedSession::ReadCommand() {
 
 bool ScriptedSession::ReadControl() {
     std::array<char, 4096> bytes;
-    const ssize_t count = recv(control_.Get(), bytes.data(), bytes.size(), 0);
-    if (count > 0) input_.append(bytes.data(), static_cast<std::size_t>(count));
-    return count > 0;
+    ssize_t count;
+    do {
+        count = Receive(control_, bytes.data(), bytes.size());
+        if (count > 0) input_.append(bytes.data(), static_cast<std::size_t>(count));
+    } while (count > 0 && control_tls_);  // what is decrypted already wakes nobody
+    return count > 0 || (count < 0 && errno == EAGAIN);
+}
+
+ssize_t ScriptedSession::Receive(const Socket& socket, char* into, std::size_t size) {
+    ServerTls& tls = TlsOf(socket);
+    return tls ? tls.Receive(into, size) : recv(socket.Get(), into, size, 0);
+}
+
+ssize_t ScriptedSession::Send(const Socket& socket, const char* from, std::size_t size) {
+    ServerTls& tls = TlsOf(socket);
+    return tls ? tls.Send(from, size) : send(socket.Get(), from, size, MSG_NOSIGNAL);
+}
+
+Next ScriptedSession::Handshake(const Socket& socket, const TlsIdentity& identity) {
+    ServerTls& tls = TlsOf(socket) = identity.Accept(socket.Get());
+    for (int events; (events = tls.Handshake()) != 0;) {
+        if (events < 0) return Next::End;
+        pollfd polls[] = {{world_.stop.Get(), POLLIN, 0}, {socket.Get(), static_cast<short>(events), 0}};
+        poll(polls, 2, -1);
+        if (polls[0].revents) return Next::End;
+    }
+    return Next::Go;
+}
+
+Next ScriptedSession::StartTls() {
+    const auto identity = world_.Identity();
+    return identity ? Handshake(control_, *identity) : Next::End;
+}
+
+Next ScriptedSession::SendPlain(const std::string& bytes) {
+    ServerTls tls = std::exchange(control_tls_, ServerTls());
+    const Next next = Send(bytes);
+    control_tls_ = std::move(tls);
+    return next;
 }
 
 bool ScriptedSession::InterruptionWaits() const {
@@ -119,7 +155,7 @@ Next ScriptedSession::Raw(const std::string& bytes) {
 
 Next ScriptedSession::Write(const Socket& socket, const std::string& bytes) {
     for (std::size_t sent = 0; sent < bytes.size();) {
-        const ssize_t count = send(socket.Get(), bytes.data() + sent, bytes.size() - sent, MSG_NOSIGNAL);
+        const ssize_t count = Send(socket, bytes.data() + sent, bytes.size() - sent);
         if (count >= 0) {
             sent += static_cast<std::size_t>(count);
         } else if (errno != EAGAIN) {
@@ -136,6 +172,7 @@ Next ScriptedSession::Write(const Socket& socket, const std::string& bytes) {
 // --- the connections ---
 
 Next ScriptedSession::Close() {
+    control_tls_.SayGoodbye();
     control_.Close();
     return Next::End;
 }
@@ -158,7 +195,7 @@ Next ScriptedSession::ListenData(int backlog) {
     Endpoint at = control_.Local();
     at.SetPort(0);
     active_.reset();
-    data_.Close();
+    DropData();
     listener_ = Socket::Listening(at, backlog);
     return Next::Go;
 }
@@ -181,6 +218,10 @@ Next ScriptedSession::OpenData() {
     if (active_) data_ = Socket::Connecting(*active_);
     const Next next = active_ ? Wait(data_.Get(), POLLOUT) : Wait(listener_.Get(), POLLIN);
     if (next == Next::Go && !active_) data_ = listener_.Accept();
+    const auto identity = world_.Identity();
+    if (next != Next::Go || !data_ || !identity || !protects_data_ || std::exchange(plain_data_, false))
+        return next;
+    if (Handshake(data_, *identity) != Next::Go) DropData();
     return next;
 }
 
@@ -210,7 +251,8 @@ Next ScriptedSession::TakeData(std::size_t bytes, std::string* taken) {
     std::array<char, 65536> buffer;
     while (next == Next::Go && bytes > 0) {
         if ((next = Wait(data_.Get(), POLLIN)) != Next::Go) break;
-        const ssize_t count = recv(data_.Get(), buffer.data(), std::min(bytes, buffer.size()), 0);
+        const ssize_t count = Receive(data_, buffer.data(), std::min(bytes, buffer.size()));
+        if (count < 0 && errno == EAGAIN) continue;
         if (count <= 0) break;
         bytes -= static_cast<std::size_t>(count);
         if (taken) taken->append(buffer.data(), static_cast<std::size_t>(count));
@@ -218,14 +260,27 @@ Next ScriptedSession::TakeData(std::size_t bytes, std::string* taken) {
     return next;
 }
 
-Next ScriptedSession::CloseData() {
+Next ScriptedSession::PlainData() {
+    plain_data_ = true;
+    return Next::Go;
+}
+
+Next ScriptedSession::DropData() {
+    data_tls_.Forget();
     data_.Close();
+    return Next::Go;
+}
+
+Next ScriptedSession::CloseData() {
+    data_tls_.SayGoodbye();
+    DropData();
     listener_.Close();
     return Next::Go;
 }
 
 Next ScriptedSession::ResetData() {
     const Next next = OpenData();
+    data_tls_.Forget();
     data_.Abort();
     listener_.Close();
     return next;

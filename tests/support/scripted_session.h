@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "tests/support/scripted_tls.h"
 #include "tests/support/scripted_world.h"
 #include "tests/support/socket.h"
 
@@ -24,6 +25,9 @@ class ScriptedSession {
     Next Raw(const std::string& bytes);
     /// Just these bytes.
     Next Send(const std::string& bytes) { return Write(control_, bytes); }
+    /// Past TLS.
+    Next SendPlain(const std::string& bytes);
+    Next StartTls();
     /// How the `which`-th reply to this command is sent, 0: each.
     Next Behave(Manner manner, int which);
     Next Pause(std::chrono::milliseconds duration);
@@ -44,6 +48,8 @@ class ScriptedSession {
     bool DataStands() const { return data_stands_; }
     Next TakeData(std::size_t bytes, std::string* taken = nullptr);
     Next CloseData();
+    Next DropData();
+    Next PlainData();
     Next ResetData();
 
  private:
@@ -55,6 +61,10 @@ class ScriptedSession {
     /// meanwhile.
     Next Wait(int descriptor, short events, int timeout_ms = -1);
     bool ReadControl();
+    ssize_t Receive(const Socket& socket, char* into, std::size_t size);
+    ssize_t Send(const Socket& socket, const char* from, std::size_t size);
+    ServerTls& TlsOf(const Socket& socket) { return &socket == &control_ ? control_tls_ : data_tls_; }
+    Next Handshake(const Socket& socket, const TlsIdentity& identity);
     bool InterruptionWaits() const;
     Next Write(const Socket& socket, const std::string& bytes);
     std::string WithPorts(std::string line) const;
@@ -69,6 +79,8 @@ class ScriptedSession {
     Next List();
     Next Retr();
     Next Rest();
+    Next Auth();
+    Next Prot();
     Next Stor();
     Next Size();
     Next Dele();
@@ -80,6 +92,8 @@ class ScriptedSession {
 
     ScriptedWorld& world_;
     Socket control_, listener_, data_, blocker_;
+    ServerTls control_tls_, data_tls_;
+    bool protects_data_ = false, plain_data_ = false;
     std::optional<Endpoint> active_;  // where PORT or EPRT told to connect
     std::string input_;               // received, not yet obeyed
     std::string verb_, argument_;     // of the command being obeyed

@@ -64,6 +64,16 @@ void ScriptedWorld::SetListing(const std::vector<std::string>& lines) {
     for (const std::string& line : lines) *listing_ += line + "\r\n";
 }
 
+void ScriptedWorld::PutTls(TlsIdentity identity) {
+    const std::lock_guard lock(mutex_);
+    identity_ = std::move(identity);
+}
+
+std::optional<TlsIdentity> ScriptedWorld::Identity() const {
+    const std::lock_guard lock(mutex_);
+    return identity_;
+}
+
 std::string ScriptedWorld::Listing() const {
     const std::lock_guard lock(mutex_);
     if (listing_) return *listing_;

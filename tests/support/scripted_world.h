@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tests/support/scripted_server.h"
+#include "tests/support/scripted_tls.h"
 #include "tests/support/socket.h"
 
 namespace ftp_test {
@@ -28,6 +29,9 @@ class ScriptedWorld {
     void SetListing(const std::vector<std::string>& lines);
     std::string Listing() const;
 
+    void PutTls(TlsIdentity identity);
+    std::optional<TlsIdentity> Identity() const;
+
     const Event stop{0};      // raised when the server goes
     const Event released{1};  // counts what Release() has let through
 
@@ -45,6 +49,7 @@ class ScriptedWorld {
     std::vector<std::string> commands_;
     std::map<std::string, std::string> files_;
     std::optional<std::string> listing_;
+    std::optional<TlsIdentity> identity_;
 };
 
 }  // namespace ftp_test

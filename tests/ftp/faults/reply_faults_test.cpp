@@ -7,6 +7,7 @@
 #include <set>
 
 #include "tests/ftp/faults/stage.h"
+#include "tests/support/certificates.h"
 #include "tests/support/scripted_manners.h"
 
 namespace ftp {
@@ -23,12 +24,13 @@ struct Place {
 };
 
 const std::vector<Place> kPlaces = {
-    {Work::Connect, "(connect)"}, {Work::Connect, "USER"}, {Work::Connect, "PASS"}, {Work::Connect, "FEAT"},
-    {Work::Connect, "OPTS"},      {Work::Connect, "TYPE"}, {Work::List, "EPSV"},    {Work::List, "LIST", 1},
-    {Work::List, "LIST", 2},      {Work::Enter, "CWD"},    {Work::Get, "SIZE"},     {Work::Get, "EPSV"},
-    {Work::Get, "RETR", 1},       {Work::Get, "RETR", 2},  {Work::Put, "EPSV"},     {Work::Put, "STOR", 1},
-    {Work::Put, "STOR", 2},       {Work::Rename, "RNFR"},  {Work::Rename, "RNTO"},  {Work::Delete, "DELE"},
-    {Work::Make, "MKD"},          {Work::Remove, "RMD"},   {Work::Leave, "CWD"},    {Work::Quit, "QUIT"},
+    {Work::Connect, "(connect)"}, {Work::Connect, "AUTH"}, {Work::Connect, "USER"}, {Work::Connect, "PASS"},
+    {Work::Connect, "FEAT"},      {Work::Connect, "OPTS"}, {Work::Connect, "TYPE"}, {Work::List, "EPSV"},
+    {Work::List, "LIST", 1},      {Work::List, "LIST", 2}, {Work::Enter, "CWD"},    {Work::Get, "SIZE"},
+    {Work::Get, "EPSV"},          {Work::Get, "RETR", 1},  {Work::Get, "RETR", 2},  {Work::Put, "EPSV"},
+    {Work::Put, "STOR", 1},       {Work::Put, "STOR", 2},  {Work::Rename, "RNFR"},  {Work::Rename, "RNTO"},
+    {Work::Delete, "DELE"},       {Work::Make, "MKD"},     {Work::Remove, "RMD"},   {Work::Leave, "CWD"},
+    {Work::Quit, "QUIT"},
 };
 
 enum class Costs {
@@ -97,6 +99,30 @@ class ReplyFault : public FaultStage, public testing::WithParamInterface<Case> {
  protected:
     const Fault& TheFault() const { return *std::get<0>(GetParam()); }
     const Place& ThePlace() const { return *std::get<1>(GetParam()); }
+    /// A session in which it strikes once.
+    void PlayOnce() {
+        int failed = 0;
+        const auto go = [&](Work work) {
+            if (work == ThePlace().work) StrikeNext(ThePlace().command, Orders());
+            failed += work == Work::Connect || work == Work::Quit ? !Do(work) : !DoInSession(work);
+        };
+        go(Work::Connect);
+        const bool in_the_middle = ThePlace().work != Work::Connect && ThePlace().work != Work::Quit;
+        if (in_the_middle) go(ThePlace().work);
+        for (const Work work : {Work::List, Work::Get, Work::Enter, Work::Quit})
+            if (work == Work::Quit || work != ThePlace().work) go(work);
+        EXPECT_EQ(Struck(), 1);
+        if (TheFault().costs == Costs::Nothing) {
+            EXPECT_EQ(failed, 0);
+        }
+        if (TheFault().costs == Costs::OneOperation) {
+            EXPECT_LE(failed, 1);
+        }
+
+        lies = false;
+        EXPECT_TRUE(Do(Work::Connect)) << "all is well again" << Told();
+        EXPECT_TRUE(Do(Work::Get)) << Told();
+    }
     Script Orders() const { return {Replies(TheFault().manner, ThePlace().reply), Proper()}; }
 
     void SetUp() override {
@@ -106,27 +132,7 @@ class ReplyFault : public FaultStage, public testing::WithParamInterface<Case> {
 };
 
 TEST_P(ReplyFault, Once) {
-    int failed = 0;
-    const auto go = [&](Work work) {
-        if (work == ThePlace().work) StrikeNext(ThePlace().command, Orders());
-        failed += work == Work::Connect || work == Work::Quit ? !Do(work) : !DoInSession(work);
-    };
-    go(Work::Connect);
-    const bool in_the_middle = ThePlace().work != Work::Connect && ThePlace().work != Work::Quit;
-    if (in_the_middle) go(ThePlace().work);
-    for (const Work work : {Work::List, Work::Get, Work::Enter, Work::Quit})
-        if (work == Work::Quit || work != ThePlace().work) go(work);
-    EXPECT_EQ(Struck(), 1);
-    if (TheFault().costs == Costs::Nothing) {
-        EXPECT_EQ(failed, 0);
-    }
-    if (TheFault().costs == Costs::OneOperation) {
-        EXPECT_LE(failed, 1);
-    }
-
-    lies = false;
-    EXPECT_TRUE(Do(Work::Connect)) << "all is well again" << Told();
-    EXPECT_TRUE(Do(Work::Get)) << Told();
+    PlayOnce();
 }
 
 /// A server that does it each time: nothing need succeed, but all that must hold does.
@@ -155,19 +161,50 @@ INSTANTIATE_TEST_SUITE_P(All, ReplyFault,
                                           testing::ValuesIn(PointersTo(kPlaces))),
                          NameOfCase);
 
-std::vector<const Fault*> LastingFaults() {
-    static const std::set<std::string> names{
-        "SplitAtEveryByte", "WithEscapes",  "WithThePassword", "Lost",         "Doubled",
-        "OneMegabyteLine",  "ClosedBefore", "ResetAfter",      "NoReplyAtAll", "Code421",
-        "Code450",          "Code550",      "Code200"};
-    std::vector<const Fault*> lasting = PointersTo(kFaults);
-    std::erase_if(lasting, [](const Fault* fault) { return !names.contains(fault->name); });
-    return lasting;
+std::vector<const Fault*> FaultsNamed(const std::set<std::string>& names) {
+    std::vector<const Fault*> faults = PointersTo(kFaults);
+    std::erase_if(faults, [&](const Fault* fault) { return !names.contains(fault->name); });
+    return faults;
 }
 
+const std::set<std::string> kLasting{"SplitAtEveryByte", "WithEscapes",     "WithThePassword", "Lost",
+                                     "Doubled",          "OneMegabyteLine", "ClosedBefore",    "ResetAfter",
+                                     "NoReplyAtAll",     "Code421",         "Code450",         "Code550",
+                                     "Code200"};
+
 INSTANTIATE_TEST_SUITE_P(All, LastingReplyFault,
-                         testing::Combine(testing::ValuesIn(LastingFaults()),
+                         testing::Combine(testing::ValuesIn(FaultsNamed(kLasting)),
                                           testing::ValuesIn(PointersTo(kPlaces))),
+                         NameOfCase);
+
+/// The same in an encrypted session.
+class EncryptedReplyFault : public ReplyFault {
+ protected:
+    void SetUp() override {
+        static const CertificateFiles files = Certificates(ServerCertificate::Valid);
+        TrustTestAuthority();
+        server.PutTls(files.certificate, files.key);
+        ReplyFault::SetUp();
+    }
+};
+
+TEST_P(EncryptedReplyFault, Once) {
+    PlayOnce();
+}
+
+std::vector<const Place*> EncryptedPlaces() {
+    static const Place more[] = {{Work::Connect, "PBSZ"}, {Work::Connect, "PROT"}};
+    std::vector<const Place*> places = PointersTo(kPlaces);
+    for (const Place& place : more) places.push_back(&place);
+    return places;
+}
+
+const std::set<std::string> kEncrypted{"SplitAtEveryByte", "Lost",       "Doubled", "OneMegabyteLine",
+                                       "ClosedBefore",     "ResetAfter", "Code450", "Code550"};
+
+INSTANTIATE_TEST_SUITE_P(All, EncryptedReplyFault,
+                         testing::Combine(testing::ValuesIn(FaultsNamed(kEncrypted)),
+                                          testing::ValuesIn(EncryptedPlaces())),
                          NameOfCase);
 
 /// The places are those of a session as it is: what it sends stands in the table.
