@@ -128,7 +128,8 @@ void Component::Private::Perform(Operation operation) {
     worker_->Start({.id = ++request_,
                     .operation = std::move(operation),
                     .passive = component_->ModeFlagA,
-                    .image = component_->ModeFlagB});
+                    .image = component_->ModeFlagB,
+                    .keep_alive = component_->SessionMode == 1 && component_->session_option_ == 1});
     AwaitEnd();
 }
 

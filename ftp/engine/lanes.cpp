@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "ftp/engine/session/check.h"
 #include "ftp/engine/session/quit.h"
 #include "ftp/engine/session/retrieve.h"
 #include "ftp/engine/session/store.h"
@@ -15,7 +16,7 @@
 namespace ftp {
 
 Task<> MoveFile(Session& session, const FileToMove& file) {
-    return file.up ? StoreFile(session, file.mode, file.local_path, file.remote)
+    return file.up ? StoreFile(session, file.mode, file.local_path, file.remote, file.label)
                    : RetrieveFile(session, file.mode, file.remote, file.local_path);
 }
 
@@ -32,11 +33,12 @@ bool IsWantOfLane(const Failure& failure) {
         case FailureKind::ConnectionRefused:
         case FailureKind::Unreachable:
         case FailureKind::TimedOut:
+        case FailureKind::CutShort:
         case FailureKind::Protocol:
         case FailureKind::NotConnected:
             return true;
         case FailureKind::Refused:
-            return failure.code == 421 || failure.code == 425 || failure.code == 426;
+            return failure.code == 421 || failure.code == 425 || failure.code == 426 || failure.code == 451;
         default:
             return false;
     }
@@ -49,6 +51,14 @@ bool HaveOneTarget(const FileToMove& a, const FileToMove& b) {
     if (!a.up) return a.local_path == b.local_path;
     const bool absolute = a.remote.starts_with('/') && b.remote.starts_with('/');
     return absolute ? a.remote == b.remote : LastName(a.remote) == LastName(b.remote);
+}
+
+void ForgetCheckOf(Session& session, const FileToMove& file) {
+    FileToMove sent;
+    for (Unchecked& each : session.unchecked) {
+        sent.remote = each.remote;
+        each.overwritten |= HaveOneTarget(sent, file);
+    }
 }
 
 struct Lanes::Lane : Events {
@@ -73,12 +83,29 @@ struct Lanes::Lane : Events {
     asio::awaitable<void> Listed(std::vector<std::string>) override { co_return; }
     void Secured(const std::string&, const Certificate&) override {}
     void Trouble(const Failure&) override {}
+    void NotKept(const std::string& label, const Failure& failure) override {
+        FileToMove gone;
+        gone.label = label;
+        events.LaneFailed(gone, failure);
+    }
+
+    /// What has been settled meanwhile is nobody's concern any more.
+    void StrikeOutChecked() {
+        std::erase_if(to_check, [this](const FileToMove& sent) {
+            const auto is_it = [&sent](const Unchecked& other) {
+                return other.remote == sent.remote && !other.overwritten;
+            };
+            return std::ranges::none_of(session.unchecked, is_it);
+        });
+    }
 
     LaneEvents& events;
     std::unique_ptr<Transport> transport;
     Session session;
     State state = State::Opening;
-    FileToMove file;          // while Busy
+    FileToMove file;  // while Busy
+    std::vector<FileToMove> to_check =
+        {};                   // the server has confirmed them, and not been asked for their size
     bool called_off = false;  // so is the file
 };
 
@@ -125,8 +152,17 @@ bool Lanes::Ready() const {
     });
 }
 
+/// What a lane has left when it ends: nobody knows what became of its last files.
+void Lanes::ReturnUnchecked(Lane& lane) {
+    lane.StrikeOutChecked();
+    if (lane.Lives()) return;
+    for (FileToMove& sent : std::exchange(lane.to_check, {})) returned_.push_back(std::move(sent));
+}
+
 /// The server has closed some while they were idle.
 void Lanes::DropDead() {
+    for (const auto& lane : lanes_)
+        if (lane->state == Lane::State::Idle) ReturnUnchecked(*lane);
     std::erase_if(lanes_,
                   [](const auto& lane) { return lane->state == Lane::State::Idle && !lane->Lives(); });
 }
@@ -158,6 +194,8 @@ asio::awaitable<void> Lanes::Carry(std::shared_ptr<Lane> lane) {
         lane->session.Forget();
         outcome = Fail(FailureKind::Protocol, fault.what());
     }
+    if (outcome && lane->file.up) lane->to_check.push_back(lane->file);
+    ReturnUnchecked(*lane);
     if (!outcome && IsWantOfLane(outcome.error())) {
         returned_.push_back(std::move(lane->file));
     } else if (!outcome) {
@@ -171,11 +209,31 @@ asio::awaitable<void> Lanes::AwaitTarget(const FileToMove& file) {
         return lane->state == Lane::State::Busy && HaveOneTarget(lane->file, file);
     };
     while (std::ranges::any_of(lanes_, writes_there)) co_await Moved();
+    for (const auto& lane : lanes_) ForgetCheckOf(lane->session, file);
 }
 
 asio::awaitable<void> Lanes::Rest() {
-    DropDead();
-    while (std::ranges::count(lanes_, Lane::State::Busy, &Lane::state) > 0) co_await Moved();
+    for (;;) {
+        DropDead();
+        for (const auto& lane : lanes_) {
+            if (lane->state != Lane::State::Idle || lane->session.unchecked.empty()) continue;
+            lane->state = Lane::State::Busy;
+            Spawn(lane, Check(lane));
+        }
+        if (std::ranges::count(lanes_, Lane::State::Busy, &Lane::state) == 0) co_return;
+        co_await Moved();
+    }
+}
+
+asio::awaitable<void> Lanes::Check(std::shared_ptr<Lane> lane) {
+    try {
+        const auto checked = co_await CheckAll(lane->session);
+        if (!checked) lane->session.control->Close();
+    } catch (const std::exception&) {
+        lane->session.Forget();
+    }
+    ReturnUnchecked(*lane);
+    lane->state = Lane::State::Idle;
 }
 
 asio::awaitable<void> Lanes::Moved() {

@@ -25,6 +25,9 @@ struct FileToMove {
 /// where both are absolute, or end in another name.
 bool HaveOneTarget(const FileToMove& a, const FileToMove& b);
 
+/// The file takes the place of what the session has still to check: nothing can be said about that any more.
+void ForgetCheckOf(Session& session, const FileToMove& file);
+
 /// Sends or fetches the file over the session.
 Task<> MoveFile(Session& session, const FileToMove& file);
 
@@ -55,10 +58,11 @@ class Lanes {
     Task<> Give(FileToMove file);
     /// Ends when no lane has a file with the same target any more.
     asio::awaitable<void> AwaitTarget(const FileToMove& file);
-    /// Ends when no lane has a file any more.
+    /// Ends when no lane has a file any more, and the server has been asked for the sizes of all.
     asio::awaitable<void> Rest();
     /// The files so far that failed for want of a lane: its connection broke, or the server would not let it
-    /// in further. They are worth sending over another connection.
+    /// in further, or could not be asked any more for what it has confirmed. They are worth sending over
+    /// another connection.
     std::vector<FileToMove> TakeReturned();
 
     /// Ends the transfers under way, and a Give that waits.
@@ -76,6 +80,8 @@ class Lanes {
 
     static asio::awaitable<void> LogIn(std::shared_ptr<Lane> lane, Access access, Habits habits);
     asio::awaitable<void> Carry(std::shared_ptr<Lane> lane);
+    asio::awaitable<void> Check(std::shared_ptr<Lane> lane);
+    void ReturnUnchecked(Lane& lane);
     template <class Coroutine>
     void Spawn(const std::shared_ptr<Lane>& lane, Coroutine coroutine);
     asio::awaitable<void> Moved();

@@ -15,10 +15,12 @@
 #include "ftp/engine/lanes.h"
 #include "ftp/engine/net/local_files.h"
 #include "ftp/engine/net/stream.h"
+#include "ftp/engine/session/check.h"
 #include "ftp/engine/session/files.h"
 #include "ftp/engine/session/list.h"
 #include "ftp/engine/session/login.h"
 #include "ftp/engine/session/quit.h"
+#include "ftp/engine/session/reopen.h"
 #include "ftp/engine/session/session.h"
 #include "ftp/engine/wire/directory.h"
 
@@ -47,6 +49,8 @@ class Worker::Core : private Events, private LaneEvents {
           transport_(MakeTcpTransport(io_.get_executor())),
           files_(MakeLocalFiles()),
           room_(io_),
+          idle_(io_),
+          idle_over_(io_),
           session_(*transport_, *files_, *this, deadlines_),
           lanes_(io_.get_executor(), *files_, deadlines_, *this),
           thread_([this] {
@@ -60,6 +64,7 @@ class Worker::Core : private Events, private LaneEvents {
             session_.Drop();
             lanes_.Drop();
             room_.cancel();
+            EndIdling();
             work_.reset();
         });
         thread_.join();
@@ -83,6 +88,7 @@ class Worker::Core : private Events, private LaneEvents {
         lanes_.Drop();
         room_.cancel();
         if (carrying_) return;  // what runs ends by itself, and tells
+        idle_watch_.reset();
         session_.Forget();
         session_.dropped = closing_;
         request_ = 0;
@@ -97,11 +103,13 @@ class Worker::Core : private Events, private LaneEvents {
     /// One operation, from its request to Finished. The one place that catches: what gets here is a fault of
     /// ours.
     asio::awaitable<void> Carry(Request request) {
-        request_ = request.id;
         carrying_ = true;
-        is_listing_ = std::holds_alternative<List>(request.operation);
         session_.dropped = closing_;
-        abort_wanted_ = aside_ = false;
+        abort_wanted_ = aside_ = session_.called_off = false;
+        co_await AwaitIdleEnd();
+        request_ = request.id;
+        is_listing_ = std::holds_alternative<List>(request.operation);
+        keep_alive_ = request.keep_alive;
         Result<> outcome;
         try {
             outcome = co_await CarryOut(std::move(request));
@@ -110,18 +118,78 @@ class Worker::Core : private Events, private LaneEvents {
             session_.in_run = false;
             outcome = Fail(FailureKind::Protocol, fault.what());
         }
-        if (session_.control && !session_.control->Open()) session_.Forget();
-        TellWhetherConnected();
+        Lose();
         if (!outcome) Trouble(outcome.error());
         session_.dropped = carrying_ = false;
         Tell(Finished{});
+        request_ = 0;
+        BeginIdling();
     }
 
+    /// A connection that has ended is forgotten; what leads back stays, where anything does.
+    void Lose() {
+        idle_watch_.reset();
+        if (session_.control && !session_.control->Open()) session_.Forget();
+        if (!session_.LoggedIn() && (reopening_failed_ || !CanReopen(session_))) session_.ForgetWayBack();
+        reopening_failed_ = false;
+        TellWhetherConnected();
+    }
+
+    /// What needs the server finds it again where it has ended the session meanwhile.
     asio::awaitable<Result<>> CarryOut(Request request) {
+        if (session_.dropped) co_return Fail(FailureKind::Cancelled);
+        if (auto* connect = std::get_if<ftp::Connect>(&request.operation)) {
+            const auto outcome = co_await Connect(std::move(*connect));
+            if (outcome) session_.access = std::make_shared<const Access>(access_);
+            co_return outcome;
+        }
+        const bool needs_server = NeedsServer(request.operation);
+        if (needs_server) {
+            const auto open = co_await OpenAgain();
+            if (!open) co_return open;
+        }
+        session_.risk = {};
+        session_.heard = has_listed_ = false;
+        const Request once_more = request;
+        const auto outcome = co_await CarryOutOnce(std::move(request));
+        if (outcome || !needs_server || !MayRepeat(outcome.error())) co_return outcome;
+        const auto open = co_await OpenAgain();
+        if (!open) co_return WasLetDown(open.error()) ? outcome : open;
+        co_return co_await CarryOutOnce(once_more);
+    }
+
+    bool NeedsServer(const Operation& operation) const {
+        if (std::holds_alternative<ftp::EndRun>(operation))
+            return !session_.put_off.empty() || !session_.unchecked.empty();
+        return !std::holds_alternative<ftp::BeginRun>(operation) &&
+               !std::holds_alternative<Quit>(operation) && !std::holds_alternative<Reset>(operation);
+    }
+
+    asio::awaitable<Result<>> OpenAgain() {
+        if (session_.Alive() || !CanReopen(session_)) co_return Result<>{};
+        const auto outcome = co_await Reopen(session_);
+        reopening_failed_ = !outcome && outcome.error().kind != FailureKind::Cancelled;
+        TellWhetherConnected();
+        co_return outcome;
+    }
+
+    /// An operation that met a session which was dead already, and that has certainly changed nothing.
+    bool MayRepeat(const Failure& failure) const {
+        if (session_.Alive() || !CanReopen(session_) || CalledOff()) return false;
+        if (has_listed_ || !session_.risk.None()) return false;
+        const bool goodbye = failure.kind == FailureKind::Refused && failure.code == 421;
+        return goodbye || (WasLetDown(failure) && !session_.heard);
+    }
+
+    /// By the network, that is, and not by what anybody said.
+    static bool WasLetDown(const Failure& failure) {
+        return failure.kind != FailureKind::Refused && failure.kind != FailureKind::Cancelled &&
+               failure.kind != FailureKind::BadArgument && failure.kind != FailureKind::Protocol;
+    }
+
+    asio::awaitable<Result<>> CarryOutOnce(Request request) {
         const TransferMode mode{request.passive, request.image};
         Operation& operation = request.operation;
-        if (auto* connect = std::get_if<ftp::Connect>(&operation))
-            co_return co_await Connect(std::move(*connect));
         if (auto* change = std::get_if<ChangeDirectory>(&operation)) {
             co_return co_await ChangeDirectoryTo(session_, std::move(change->name));
         }
@@ -193,7 +261,62 @@ class Worker::Core : private Events, private LaneEvents {
     void EndRun() {
         lanes_.End();
         session_.in_run = false;
-        session_.directory.reset();
+    }
+
+    void BeginIdling() {
+        if (closing_ || !session_.Alive()) return;
+        wants_idle_ = idling_ = true;
+        asio::co_spawn(io_, Idle(), asio::detached);
+    }
+    void EndIdling() {
+        wants_idle_ = false;
+        idle_.cancel();
+    }
+
+    /// A NOOP that has left is waited for: the next command must not meet its answer.
+    asio::awaitable<void> AwaitIdleEnd() {
+        EndIdling();
+        asio::error_code woken;
+        while (idling_) {
+            idle_over_.expires_at(asio::steady_timer::time_point::max());
+            co_await idle_over_.async_wait(asio::redirect_error(asio::use_awaitable, woken));
+        }
+    }
+
+    /// Between two operations: sees it when the server ends the session, and keeps it from doing so.
+    asio::awaitable<void> Idle() {
+        while (wants_idle_ && session_.Alive()) {
+            const bool silent = co_await AwaitSilence();
+            if (!wants_idle_ || !session_.Alive()) break;
+            if (server_left_) session_.control->Close();
+            if (silent && !server_left_) co_await session_.KeepAwake();
+        }
+        if (!session_.dropped && session_.control && !session_.control->Open()) co_await HearOut(session_);
+        if (wants_idle_) Lose();
+        idling_ = false;
+        idle_over_.cancel();
+    }
+
+    /// Whether nothing has happened for so long that the server may mind.
+    asio::awaitable<bool> AwaitSilence() {
+        server_left_ = false;
+        const auto leave = [this] {
+            server_left_ = true;
+            idle_.cancel();
+        };
+        idle_watch_.emplace(
+            *session_.control,
+            [leave](const Reply& reply) {
+                if (reply.code == 421) leave();
+            },
+            leave);
+        asio::error_code woken;
+        if (!server_left_) {
+            idle_.expires_at(keep_alive_ ? Clock::now() + deadlines_.idle : Clock::time_point::max());
+            co_await idle_.async_wait(asio::redirect_error(asio::use_awaitable, woken));
+        }
+        idle_watch_.reset();
+        co_return !woken && !server_left_;
     }
 
     /// What a run has taken on comes to its end.
@@ -201,6 +324,10 @@ class Worker::Core : private Events, private LaneEvents {
         const auto caught_up = co_await session_.CatchUp();
         co_await lanes_.Rest();
         co_await SendReturned();
+        if (!session_.unchecked.empty()) {
+            const auto checked = co_await CheckAll(session_);
+            if (!checked) co_return checked;
+        }
         session_.next_port.reset();  // is for a file; anything else would not know how to do without
         co_return caught_up;
     }
@@ -208,6 +335,7 @@ class Worker::Core : private Events, private LaneEvents {
     /// Forgets the server and closes all connections to it.
     void LeaveServer() {
         session_.Forget();
+        session_.ForgetWayBack();
         lanes_.Drop();
         lanes_.TakeReturned();
         lanes_opened_ = false;
@@ -220,6 +348,7 @@ class Worker::Core : private Events, private LaneEvents {
     asio::awaitable<void> AwaitTurn(const FileToMove& file) {
         co_await lanes_.AwaitTarget(file);
         co_await SendReturned();
+        if (file.remote.starts_with('/')) ForgetCheckOf(session_, file);  // goes over a lane
     }
 
     /// Over a lane where the file is small and one may be had, else over the session itself.
@@ -284,7 +413,8 @@ class Worker::Core : private Events, private LaneEvents {
         aside_ = true;
         for (const FileToMove& file : lanes_.TakeReturned()) {
             Result<> outcome = Fail(FailureKind::Cancelled);
-            if (!CalledOff()) outcome = co_await MoveOverSession(file);
+            if (!CalledOff()) outcome = co_await OpenAgain();
+            if (outcome) outcome = co_await MoveOverSession(file);
             if (!outcome) LaneFailed(file, outcome.error());
         }
         aside_ = false;
@@ -321,6 +451,9 @@ class Worker::Core : private Events, private LaneEvents {
         Tell(TlsAgreed{version, certificate});
     }
     void Trouble(const Failure& failure) override { Tell(Problem{failure}); }
+    void NotKept(const std::string& label, const Failure& failure) override {
+        sink_({0, FileProblem{label, failure}});
+    }
 
     void LaneSent(const std::string& line) override { sink_({0, CommandSent{line}}); }
     void LaneReceived(const std::string& line) override { sink_({0, ReplyLine{line}}); }
@@ -335,6 +468,7 @@ class Worker::Core : private Events, private LaneEvents {
             co_await room_.async_wait(asio::redirect_error(asio::use_awaitable, woken));
         }
         ++batches_;
+        has_listed_ = true;
         Tell(ListingBatch{std::move(lines)});
     }
 
@@ -345,8 +479,11 @@ class Worker::Core : private Events, private LaneEvents {
     asio::executor_work_guard<asio::io_context::executor_type> work_{io_.get_executor()};
     std::unique_ptr<Transport> transport_;
     std::unique_ptr<LocalFiles> files_;
-    asio::steady_timer room_;  // cancelled when a batch has been taken
+    asio::steady_timer room_;       // cancelled when a batch has been taken
+    asio::steady_timer idle_;       // cancelled when something has happened to the idle session
+    asio::steady_timer idle_over_;  // cancelled when nobody looks after it any more
     Session session_;
+    std::optional<Control::Watch> idle_watch_;
     Lanes lanes_;
     Access access_;             // of the session, for its lanes
     Clock::time_point spoken_;  // when it last sent something
@@ -359,6 +496,12 @@ class Worker::Core : private Events, private LaneEvents {
     int batches_ = 0;
     bool carrying_ = false;
     bool is_listing_ = false;
+    bool has_listed_ = false;        // lines have been handed over
+    bool reopening_failed_ = false;  // and is not tried a second time
+    bool keep_alive_ = false;
+    bool wants_idle_ = false;  // nothing runs or waits
+    bool idling_ = false;      // somebody looks after the idle session
+    bool server_left_ = false;
     bool connected_ = false;
     bool closing_ = false;
     std::thread thread_;  // last: starts when all the rest is there

@@ -3,9 +3,11 @@
 //
 // Requests go in, notifications come out in the order of the wire; `Finished` is always the last of a
 // request. In a run, files may still be on their way over other connections when their request has finished;
-// what these tell belongs to no request (0) and comes before the `Finished` of EndRun. The end of a session
-// that is dropped while no operation runs belongs to none either. Names are bytes as the server knows them;
-// local paths are native paths. Nothing here throws.
+// what these tell belongs to no request (0) and comes before the `Finished` of EndRun. What happens to an
+// idle session belongs to none either: that it is kept awake, that the server has ended it, that it is
+// dropped. A session that the server has ended is opened again by the next operation that needs it, in the
+// directory where it was; what may have changed something is never asked for twice. Names are bytes as the
+// server knows them; local paths are native paths. Nothing here throws.
 
 #include <atomic>
 #include <cstdint>
@@ -70,8 +72,9 @@ using Operation = std::variant<Connect, List, ChangeDirectory, ChangeToParent, M
 struct Request {
     std::uint64_t id = 0;
     Operation operation;
-    bool passive = true;  // data connections: EPSV/PASV first; false: EPRT/PORT only
-    bool image = true;    // TYPE I; false: TYPE A
+    bool passive = true;      // data connections: EPSV/PASV first; false: EPRT/PORT only
+    bool image = true;        // TYPE I; false: TYPE A
+    bool keep_alive = false;  // from its end on the idle session is kept awake (NOOP)
 };
 
 struct CommandSent {
@@ -99,7 +102,7 @@ struct SessionChanged {
 struct Problem {
     Failure failure;
 };
-struct FileProblem {  // of a file whose request has finished
+struct FileProblem {  // of a file whose request has finished, or is about to
     std::string label;
     Failure failure;
 };

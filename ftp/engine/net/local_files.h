@@ -17,6 +17,8 @@ class SourceFile {
     virtual ~SourceFile() = default;
     /// Bytes when it was opened.
     virtual std::int64_t Size() const = 0;
+    /// Where the next bytes are to come from, counted from the start.
+    virtual Result<> Seek(std::int64_t offset) = 0;
     /// The next bytes, as many as fit; 0 at the end.
     virtual Result<std::size_t> Read(std::span<char> into) = 0;
     /// For sendfile; shares its position with Read. -1 where there is none.

@@ -61,6 +61,11 @@ class PosixSource : public SourceFile {
     std::int64_t Size() const override { return size_; }
     int Handle() const override { return file_.Get(); }
 
+    Result<> Seek(std::int64_t offset) override {
+        if (::lseek(file_.Get(), offset, SEEK_SET) < 0) return LocalFailure(errno, path_);
+        return {};
+    }
+
     Result<std::size_t> Read(std::span<char> into) override {
         for (;;) {
             const ssize_t got = ::read(file_.Get(), into.data(), into.size());

@@ -13,9 +13,11 @@ struct Deadlines {
     std::chrono::milliseconds early_login{
         10'000};  // a reply to a login sent ahead, before one step at a time is tried
     std::chrono::milliseconds ahead{10'000};  // the answer to what was asked ahead, once it is its turn
-    std::chrono::milliseconds idle{30'000};   // a session's own connection, while files go over others
-    std::chrono::milliseconds abort{3'000};   // all replies that are due after an abort
-    std::chrono::milliseconds quit{1'000};    // the answer to QUIT
+    std::chrono::milliseconds idle{30'000};   // a connection on which nothing is said, until it is kept awake
+    std::chrono::milliseconds pause{
+        2'000};  // before a transfer that broke is tried again, but for the first time
+    std::chrono::milliseconds abort{3'000};  // all replies that are due after an abort
+    std::chrono::milliseconds quit{1'000};   // the answer to QUIT
 };
 
 }  // namespace ftp

@@ -1,7 +1,5 @@
 #include "ftp/engine/session/files.h"
 
-#include "ftp/engine/wire/directory.h"
-
 namespace ftp {
 namespace {
 
@@ -14,10 +12,12 @@ Task<> DoNamed(Session& session, std::string_view verb, const std::string& name)
 /// More would leave in one packet than a server need take in before it has to be heard.
 constexpr std::size_t kMostPutOff = 16;
 
-/// What leads from folder to folder: in a run it waits for what follows it.
-Task<> Step(Session& session, std::string_view verb, const std::string& name) {
-    session.directory.reset();
-    if (!session.in_run || session.habits.one_at_a_time) co_return co_await DoNamed(session, verb, name);
+/// In a run, what leads from folder to folder waits for what follows it.
+bool MayBePutOff(const Session& session) {
+    return session.in_run && !session.habits.one_at_a_time;
+}
+
+Task<> PutOff(Session& session, std::string_view verb, const std::string& name) {
     if (!session.LoggedIn()) co_return Fail(FailureKind::NotConnected);
     if (name.empty()) co_return Fail(FailureKind::BadArgument);
     auto command = MakeCommand(verb, name);
@@ -27,27 +27,47 @@ Task<> Step(Session& session, std::string_view verb, const std::string& name) {
     co_return co_await session.CatchUp();
 }
 
+/// CWD, and PWD in the same packet: it is always known where the session is.
+Task<> Enter(Session& session, const std::string& name) {
+    if (MayBePutOff(session)) co_return co_await PutOff(session, "CWD", name);
+    if (!session.LoggedIn()) co_return Fail(FailureKind::NotConnected);
+    if (name.empty()) co_return Fail(FailureKind::BadArgument);
+    const auto enter = MakeCommand("CWD", name);
+    if (!enter) co_return Fail(enter.error());
+    std::vector<Command> commands{*enter, *MakeCommand("PWD")};
+    const auto replies = co_await session.Exchange(std::move(commands));
+    if (!replies) co_return Fail(replies.error());
+    const Reply& entered = replies->front();
+    session.TakeDirectory(entered.Completed(), replies->back());
+    if (!entered.Completed()) co_return Fail(RefusalOf(entered));
+    co_return Result<>{};
+}
+
 }  // namespace
 
 Task<> ChangeDirectoryTo(Session& session, std::string name) {
-    co_return co_await Step(session, "CWD", name);
+    co_return co_await Enter(session, name);
 }
 
 Task<> ChangeToParentDirectory(Session& session) {
     const std::string parent = "..";  // not CDUP: every server knows it as a name, some only so
-    co_return co_await Step(session, "CWD", parent);
+    co_return co_await Enter(session, parent);
 }
 
 Task<> MakeDirectoryNamed(Session& session, std::string name) {
-    co_return co_await Step(session, "MKD", name);
+    if (MayBePutOff(session)) co_return co_await PutOff(session, "MKD", name);
+    co_return co_await DoNamed(session, "MKD", name);
 }
 
 Task<std::string> CurrentDirectory(Session& session) {
-    if (session.directory) co_return *session.directory;
     if (!session.LoggedIn()) co_return Fail(FailureKind::NotConnected);
-    const auto reply = co_await session.CatchUp(*MakeCommand("PWD"));
-    if (!reply) co_return Fail(reply.error());
-    session.directory = ParseDirectory(*reply).value_or(std::string());
+    const auto caught_up = co_await session.CatchUp();
+    if (!caught_up) co_return Fail(caught_up.error());
+    if (!session.directory) {
+        const auto reply = co_await session.Ask("PWD");
+        if (!reply) co_return Fail(reply.error());
+        session.TakeDirectory(false, *reply);
+    }
     co_return *session.directory;
 }
 

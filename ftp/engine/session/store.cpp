@@ -1,5 +1,8 @@
 #include "ftp/engine/session/store.h"
 
+#include "ftp/engine/session/check.h"
+#include "ftp/engine/session/tries.h"
+
 namespace ftp {
 namespace {
 
@@ -17,26 +20,112 @@ Task<> Push(Transfer& transfer, SourceFile& source, std::int64_t& total) {
     co_return co_await transfer.Data().EndWriting();
 }
 
+/// A file on its way up, over as many tries as it takes.
+class Upload {
+ public:
+    Upload(Session& session, TransferMode mode, std::string local_path, std::string remote, std::string label)
+        : session_(session),
+          mode_(mode),
+          local_path_(std::move(local_path)),
+          remote_(std::move(remote)),
+          label_(std::move(label)) {}
+
+    Task<> Run() {
+        Tries tries(session_);
+        for (;;) {
+            auto outcome = co_await Attempt();
+            if (again_ && session_.called_off) co_return Fail(FailureKind::Cancelled);
+            if (again_) continue;
+            if (outcome || !IsWorthAnother(tries, outcome.error())) co_return outcome;
+            const auto ready = co_await PrepareNext(tries, outcome.error());
+            if (!ready) co_return ready;
+            if (whole_) co_return Result<>{};
+        }
+    }
+
+ private:
+    /// From the offset on (APPE), or all of it (STOR).
+    Task<> Attempt() {
+        const bool resumes = offset_ > 0;
+        begun_ = again_ = false;
+        auto source = session_.files.OpenSource(local_path_);
+        if (!source) co_return Fail(source.error());
+        size_ = (*source)->Size();
+        const auto placed = resumes ? (*source)->Seek(offset_) : Result<>{};
+        if (!placed) co_return placed;
+        auto command = MakeCommand(resumes ? "APPE" : "STOR", remote_);
+        if (!command) co_return Fail(command.error());
+
+        sent_ = offset_;
+        Transfer transfer(session_, mode_, offset_);
+        transfer.StateSize(size_);
+        auto moved = co_await transfer.Start(std::move(*command));
+        if (moved) moved = co_await Push(transfer, **source, sent_);
+        auto outcome = co_await transfer.Finish(std::move(moved));
+        begun_ = transfer.Begun();
+        const bool not_appended = resumes && !begun_ && !outcome && outcome.error().code / 100 == 5;
+        again_ = transfer.Retreat(outcome) || not_appended;
+        if (again_) offset_ = 0;
+        if (again_ || !outcome) co_return outcome;
+        session_.events.Moved(sent_);
+        co_return co_await Check();
+    }
+
+    /// Whether the server has kept what it has confirmed; in a run that shows with what follows.
+    Task<> Check() {
+        if (!mode_.image || !CanCheck(session_)) co_return Result<>{};
+        const bool later = session_.in_run && !session_.habits.one_at_a_time && offset_ == 0;
+        if (!later) co_return co_await CheckNow(session_, remote_, sent_);
+        session_.unchecked.push_back({.remote = remote_, .bytes = sent_, .label = label_});
+        co_return Result<>{};
+    }
+
+    bool IsWorthAnother(const Tries& tries, const Failure& failure) const {
+        if (failure.kind == FailureKind::NotKept) return offset_ > 0;  // what was there did not fit together
+        return tries.IsWorth(failure, begun_ && sent_ > offset_);
+    }
+
+    Task<> PrepareNext(Tries& tries, Failure why) {
+        const bool misfits = why.kind == FailureKind::NotKept;
+        for (;;) {
+            const auto ready = co_await tries.Next(why);
+            if (!ready) co_return ready;
+            offset_ = 0;
+            if (misfits || !mode_.image || !CanCheck(session_)) co_return Result<>{};
+            const auto reply = co_await tries.AskSize(remote_);
+            if (!reply && !tries.IsWorth(reply.error(), true)) co_return Fail(reply.error());
+            if (!reply) why = reply.error();
+            if (!reply) continue;
+            // More than was sent is another file.
+            const auto kept = ParseSizeReply(*reply);
+            if (kept && *kept <= sent_) offset_ = *kept;
+            whole_ = offset_ > 0 && offset_ == size_;
+            if (whole_) session_.events.Moved(size_);
+            co_return Result<>{};
+        }
+    }
+
+    Session& session_;
+    const TransferMode mode_;
+    const std::string local_path_, remote_, label_;
+    std::int64_t offset_ = 0;  // what the server has of the tries before
+    std::int64_t sent_ = 0;    // up to here, this try
+    std::int64_t size_ = 0;    // of the file
+    bool begun_ = false;       // the server has said that it takes the file
+    bool again_ = false;       // at once, and it does not count
+    bool whole_ = false;       // all of it had arrived
+};
+
 }  // namespace
 
-Task<> StoreFile(Session& session, TransferMode mode, std::string local_path, std::string remote) {
+Task<> StoreFile(Session& session, TransferMode mode, std::string local_path, std::string remote,
+                 std::string label) {
     if (!session.LoggedIn()) co_return Fail(FailureKind::NotConnected);
     if (remote.empty()) co_return Fail(FailureKind::BadArgument);
-    const auto command = MakeCommand("STOR", remote);
-    if (!command) co_return Fail(command.error());
-    for (;;) {
-        auto source = session.files.OpenSource(local_path);
-        if (!source) co_return Fail(source.error());
-        std::int64_t total = 0;
-        Transfer transfer(session, mode);
-        transfer.StateSize((*source)->Size());
-        auto moved = co_await transfer.Start(*command);
-        if (moved) moved = co_await Push(transfer, **source, total);
-        auto outcome = co_await transfer.Finish(std::move(moved));
-        if (transfer.Retreat(outcome)) continue;
-        if (outcome) session.events.Moved(total);
-        co_return outcome;
-    }
+    const auto possible = MakeCommand("STOR", remote);
+    if (!possible) co_return Fail(possible.error());
+    Upload upload(session, mode, std::move(local_path), std::move(remote), std::move(label));
+    co_return co_await upload.Run();
 }
 
 }  // namespace ftp

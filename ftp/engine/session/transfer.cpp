@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "ftp/engine/session/check.h"
+
 namespace ftp {
 namespace {
 
@@ -26,9 +28,10 @@ bool MayComeFromHaste(const Failure& failure) {
 
 }  // namespace
 
-Transfer::Transfer(Session& session, TransferMode mode) : session_(session), mode_(mode) {
+Transfer::Transfer(Session& session, TransferMode mode, std::int64_t offset)
+    : session_(session), mode_(mode), offset_(offset) {
     session_.transfer = this;
-    session_.events.Moved(0);
+    session_.events.Moved(offset);
 }
 
 Transfer::~Transfer() {
@@ -38,20 +41,25 @@ Transfer::~Transfer() {
 Task<> Transfer::Start(Command command, std::string size_of) {
     if (!session_.LoggedIn()) co_return Fail(FailureKind::NotConnected);
     std::vector<Command> commands;
+    if (offset_ > 0) session_.next_port.reset();  // one step at a time: it has gone wrong once
     port_ = ReadyPort();
     if (!port_) {
         const auto asked = co_await AskAhead(size_of);
         if (!asked) co_return asked;
-    } else if (AsksSize(size_of)) {
+    } else {
+        commands = CheckQuestions(session_);
+    }
+    checks_ = commands.size();
+    const bool size_too = ahead_ && AsksSize(size_of);
+    if (size_too) {
         auto size = MakeCommand("SIZE", size_of);
         if (!size) co_return Fail(size.error());
         commands.push_back(std::move(*size));
     }
-    const bool size_too = !commands.empty();
-    const bool next_too = session_.in_run && port_ && !session_.habits.one_at_a_time;
+    const bool next_too = session_.in_run && port_ && !session_.habits.one_at_a_time && offset_ == 0;
     commands.push_back(std::move(command));
     if (next_too) commands.push_back(AskPort());
-    for (TransferReplies* replies : {&arrived_, &taken_}) replies->Expect(size_too, next_too);
+    for (TransferReplies* replies : {&arrived_, &taken_}) replies->Expect(checks_, size_too, next_too);
     ahead_ |= next_too;
 
     const bool begins_first = session_.habits.overtakes && port_;
@@ -59,6 +67,10 @@ Task<> Transfer::Start(Command command, std::string size_of) {
         const auto opened = co_await OpenData();
         if (!opened) co_return opened;
         if (aborted_) co_return Fail(FailureKind::Cancelled);
+    }
+    if (continues_) {
+        const auto agreed = co_await AskToContinue();
+        if (!agreed) co_return agreed;
     }
     const auto sent = co_await SendCommands(std::move(commands));
     if (!sent) co_return sent;
@@ -81,7 +93,7 @@ std::optional<std::uint16_t> Transfer::ReadyPort() {
 
 Task<> Transfer::SendCommands(std::vector<Command> commands) {
     commanded_ = true;
-    const auto sent = co_await session_.control->Send(std::move(commands));
+    const auto sent = co_await session_.Send(std::move(commands));
     if (!sent) co_return sent;
     watch_.emplace(
         *session_.control, [this](const Reply& reply) { See(reply); },
@@ -109,31 +121,12 @@ Task<> Transfer::AwaitBegin() {
     co_return Result<>{};
 }
 
-/// Sends commands together, or one by one where the server minds, and returns their replies in order.
-Task<std::vector<Reply>> Transfer::Exchange(std::vector<Command> commands) {
-    const std::size_t packet = session_.habits.one_at_a_time ? 1 : commands.size();
-    std::vector<Reply> replies;
-    for (auto next = commands.begin(); next != commands.end();) {
-        const auto last = next + static_cast<std::ptrdiff_t>(packet);
-        std::vector<Command> together(std::make_move_iterator(next), std::make_move_iterator(last));
-        next = last;
-        const auto sent = co_await session_.control->Send(std::move(together));
-        if (!sent) co_return Fail(sent.error());
-        for (std::size_t i = 0; i < packet; ++i) {
-            auto reply = co_await session_.ReceiveFinal(session_.deadlines.reply);
-            if (!reply) co_return Fail(reply.error());
-            replies.push_back(std::move(*reply));
-        }
-    }
-    co_return replies;
-}
-
 bool Transfer::AsksSize(const std::string& size_of) const {
     return mode_.image && !size_of.empty() && session_.features.size && !session_.habits.refuses_size;
 }
 
 void Transfer::SetSize(const Reply& reply) {
-    stated_ = ParseSizeReply(reply);
+    stated_ = asked_ = ParseSizeReply(reply);
     if (reply.code == 500 || reply.code == 502) session_.habits.refuses_size = true;
 }
 
@@ -145,7 +138,8 @@ std::optional<std::uint16_t> Transfer::PortOf(const Reply& reply) const {
     return session_.habits.refuses_epsv ? ParsePasv(reply) : ParseEpsv(reply);
 }
 
-/// TYPE where it is not set yet, SIZE where it helps, and EPSV or PASV: all in one packet.
+/// The sizes of files that went before, TYPE where it is not set yet, SIZE where it helps, and EPSV or PASV:
+/// all in one packet.
 Task<> Transfer::AskAhead(const std::string& size_of) {
     const char type = TypeOf(mode_);
     const bool ask_type = session_.type != type;
@@ -154,7 +148,8 @@ Task<> Transfer::AskAhead(const std::string& size_of) {
         session_.habits.refuses_epsv ? session_.habits.refuses_pasv : session_.habits.refuses_epsv;
     const bool ask_port = mode_.passive && !refuses_port;
 
-    std::vector<Command> commands;
+    std::vector<Command> commands = CheckQuestions(session_);
+    const std::size_t checks = commands.size();
     if (ask_type) commands.push_back(*MakeCommand("TYPE", {&type, 1}));
     if (ask_size) {
         auto command = MakeCommand("SIZE", size_of);
@@ -163,9 +158,10 @@ Task<> Transfer::AskAhead(const std::string& size_of) {
     }
     if (ask_port) commands.push_back(AskPort());
 
-    const auto replies = co_await Exchange(std::move(commands));
+    const auto replies = co_await session_.Exchange(std::move(commands));
     if (!replies) co_return Fail(replies.error());
-    auto reply = replies->begin();
+    auto reply = replies->begin() + static_cast<std::ptrdiff_t>(checks);
+    TakeChecks(session_, {replies->begin(), reply});
     if (ask_type) {
         if (!reply->Completed()) co_return Fail(RefusalOf(*reply));
         session_.type = type;
@@ -179,6 +175,18 @@ Task<> Transfer::AskAhead(const std::string& size_of) {
     refuses_port = true;                                            // for the rest of the session
     const std::string size_is_known;
     co_return co_await AskAhead(size_is_known);
+}
+
+/// REST, right before the transfer command (RFC 3659 section 5.3).
+Task<> Transfer::AskToContinue() {
+    cannot_continue_ = true;
+    if (asked_ != continues_) co_return Fail(FailureKind::CutShort);  // another file by now
+    const auto reply = co_await session_.Ask("REST", std::to_string(offset_));
+    if (!reply) cannot_continue_ = false;
+    if (!reply) co_return Fail(reply.error());
+    if (!reply->Intermediate()) co_return Fail(FailureKind::CutShort);
+    cannot_continue_ = false;
+    co_return Result<>{};
 }
 
 Task<> Transfer::OpenData() {
@@ -236,6 +244,14 @@ void Transfer::See(const Reply& reply) {
     if (aborted_ || (silence_ && silence_->Expired())) return;
     const bool sized = arrived_.Size().has_value();
     arrived_.Take(reply);
+    const bool goodbye = reply.code == 421;
+    if (goodbye && !arrived_.Begun()) session_.risk.sent = false;  // so it was not carried out
+    session_.risk.done |= session_.risk.sent && arrived_.Begun();
+    session_.heard |= !goodbye;
+    if (checks_ > 0 && arrived_.Checks().size() == checks_) {
+        checks_ = 0;
+        TakeChecks(session_, arrived_.Checks());
+    }
     if (!sized && arrived_.Size()) SetSize(*arrived_.Size());
     if (reply.Preliminary() && !stated_ && mode_.image) {
         stated_ = ParseTransferSize(reply);
@@ -284,6 +300,7 @@ Task<> Transfer::Finish(Result<> moved) {
             ending_ = true;
             co_await AwaitNextPort();
             const Reply& answer = *taken_.Final();
+            if (answer.code == 421) session_.control->Close();
             if (!answer.Completed()) co_return Fail(RefusalOf(answer));
             co_return moved;
         }

@@ -24,7 +24,8 @@ struct TransferMode {
 ///     co_return co_await transfer.Finish(moved);
 class Transfer {
  public:
-    Transfer(Session& session, TransferMode mode);
+    /// `offset`: the bytes of the file that a try before has moved already.
+    Transfer(Session& session, TransferMode mode, std::int64_t offset = 0);
     ~Transfer();
     Transfer(const Transfer&) = delete;
     Transfer& operator=(const Transfer&) = delete;
@@ -34,11 +35,19 @@ class Transfer {
     /// transfer's port leaves in the same packet. After a failure only Finish is left to call.
     Task<> Start(Command command, std::string size_of = {});
     Stream& Data() { return *data_; }
+    /// Before Start: a download goes on at the offset (REST), provided that the server says this size once
+    /// more; otherwise Start fails and CannotContinue says that it has to begin at the beginning.
+    void Continue(std::int64_t size) { continues_ = size; }
+    bool CannotContinue() const { return cannot_continue_; }
     /// The size of an upload, before Start.
     void StateSize(std::int64_t size) { stated_ = size; }
     /// The size of a download that the server has stated, so far.
     std::optional<std::int64_t> StatedSize() const { return stated_; }
-    /// Something moved: `bytes` in all.
+    /// What SIZE has said.
+    std::optional<std::int64_t> AskedSize() const { return asked_; }
+    /// Whether the server has said that it begins (1xx).
+    bool Begun() const { return arrived_.Begun(); }
+    /// Something moved: `bytes` in all, those before the offset included.
     void Moved(std::int64_t bytes);
     /// Brings the session back in step and tells how the transfer ended. `moved`: how Start or the bytes
     /// went.
@@ -54,13 +63,13 @@ class Transfer {
     void CloseData();
 
  private:
-    Task<std::vector<Reply>> Exchange(std::vector<Command> commands);
     std::optional<std::uint16_t> ReadyPort();
     bool AsksSize(const std::string& size_of) const;
     void SetSize(const Reply& reply);
     Command AskPort() const;
     std::optional<std::uint16_t> PortOf(const Reply& reply) const;
     Task<> AskAhead(const std::string& size_of);
+    Task<> AskToContinue();
     Task<> SendCommands(std::vector<Command> commands);
     Task<> AwaitBegin();
     Task<> OpenData();
@@ -75,13 +84,17 @@ class Transfer {
 
     Session& session_;
     TransferMode mode_;
+    const std::int64_t offset_;
     std::optional<std::uint16_t> port_;
     std::unique_ptr<Stream> data_;
     std::unique_ptr<Listener> listener_;
     std::optional<Control::Watch> watch_;
     std::optional<Deadline> silence_;
-    std::optional<std::int64_t> stated_;
-    std::int64_t told_ = 0;            // bytes that Moved has told of
+    std::optional<std::int64_t> stated_, asked_;
+    std::optional<std::int64_t> continues_;  // the size that the file must have for that
+    std::int64_t told_ = 0;                  // bytes that Moved has told of
+    bool cannot_continue_ = false;
+    std::size_t checks_ = 0;           // sizes of files that went before, whose answers are to come
     TransferReplies arrived_, taken_;  // replies as they come, and those that have been taken in turn
     bool commanded_ = false;           // the transfer command has left
     bool ahead_ = false;               // its port was asked for ahead, or the next one's is

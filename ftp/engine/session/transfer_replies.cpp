@@ -19,7 +19,8 @@ bool BreaksOff(const Reply& reply) {
 
 }  // namespace
 
-void TransferReplies::Expect(bool size, bool port) {
+void TransferReplies::Expect(std::size_t checks, bool size, bool port) {
+    checks_due_ = checks;
     size_due_ = size;
     port_due_ = port;
 }
@@ -29,9 +30,13 @@ void TransferReplies::Take(const Reply& reply) {
         Close();
         if (!final_) final_ = reply;
         size_due_ = port_due_ = false;
+        checks_due_ = 0;
     } else if (reply.Preliminary()) {
         begun_ = true;
         if (unclear_) SetPort(*std::exchange(unclear_, std::nullopt));  // the transfer goes on after it
+    } else if (checks_due_ > 0) {
+        --checks_due_;
+        checks_.push_back(reply);
     } else if (size_due_) {
         size_due_ = false;
         size_ = reply;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
 #include <ostream>
@@ -36,6 +37,10 @@ WorkerClient::WorkerClient(ftp::Deadlines deadlines)
 
 void WorkerClient::Hear(ftp::Notification notification) {
     const std::lock_guard lock(mutex_);
+    if (const auto* session = std::get_if<ftp::SessionChanged>(&notification.what)) {
+        connected_ = session->connected;
+        heard_.notify_all();
+    }
     if (notification.request == 0) return HearAside(notification);
     EXPECT_EQ(notification.request, request_);
     EXPECT_FALSE(finished_) << "told after Finished";
@@ -60,7 +65,10 @@ void WorkerClient::Hear(ftp::Notification notification) {
 }
 
 void WorkerClient::HearAside(const ftp::Notification& notification) {
-    EXPECT_TRUE(in_run_ || std::holds_alternative<ftp::SessionChanged>(notification.what));
+    const bool of_file = std::holds_alternative<ftp::FileProblem>(notification.what);
+    const bool of_operation = std::holds_alternative<ftp::Problem>(notification.what) ||
+                              std::holds_alternative<ftp::Finished>(notification.what);
+    EXPECT_TRUE(!of_operation && (in_run_ || !of_file));
     if (const auto* command = std::get_if<ftp::CommandSent>(&notification.what))
         aside_.trace.push_back("> " + command->line);
     if (const auto* reply = std::get_if<ftp::ReplyLine>(&notification.what))
@@ -92,7 +100,11 @@ void WorkerClient::Start(ftp::Operation operation) {
         if (std::holds_alternative<ftp::BeginRun>(operation)) in_run_ = true;
         ends_run_ = std::holds_alternative<ftp::EndRun>(operation);
     }
-    worker_->Start({.id = request_, .operation = std::move(operation), .passive = passive});
+    worker_->Start({.id = request_,
+                    .operation = std::move(operation),
+                    .passive = passive,
+                    .image = image,
+                    .keep_alive = keep_alive});
 }
 
 Told WorkerClient::Finish() {
@@ -115,6 +127,23 @@ void WorkerClient::AwaitNotification(std::size_t count) {
 
 void WorkerClient::AwaitBatches(int batches) {
     Await([&] { return finished_ || batches_ >= batches; });
+}
+
+void WorkerClient::AwaitConnected(bool connected) {
+    Await([&] { return connected_ == connected; });
+}
+
+bool WorkerClient::Connected() {
+    const std::lock_guard lock(mutex_);
+    return connected_;
+}
+
+void WorkerClient::AwaitReply(const std::string& beginning, int count) {
+    Await([&] {
+        return finished_ || std::ranges::count_if(told_.trace, [&](const std::string& line) {
+                                return line.starts_with("< " + beginning);
+                            }) >= count;
+    });
 }
 
 void WorkerClient::AwaitBytes(std::int64_t bytes) {

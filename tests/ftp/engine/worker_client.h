@@ -50,12 +50,19 @@ class WorkerClient {
     /// Waits until so many bytes have moved, or the operation has ended.
     void AwaitBytes(std::int64_t bytes);
     void AwaitBatches(int batches);
+    /// Waits until the server's session is known to be there, or not to be; told by whom it may be.
+    void AwaitConnected(bool connected);
+    bool Connected();
+    /// Waits until so many replies of the running operation begin so, or it has ended.
+    void AwaitReply(const std::string& beginning, int count);
     int Batches() const { return batches_; }
 
     ftp::Worker& TheWorker() { return *worker_; }
     /// Ends the worker, whatever it does.
     void Destroy() { worker_.reset(); }
     bool passive = true;
+    bool image = true;
+    bool keep_alive = false;
     bool takes_batches = true;
 
  private:
@@ -71,6 +78,7 @@ class WorkerClient {
     bool ends_run_ = false;
     std::size_t notifications_ = 0;
     int batches_ = 0;
+    bool connected_ = false;
     bool finished_ = true;
     std::uint64_t request_ = 0;
     std::unique_ptr<ftp::Worker> worker_;

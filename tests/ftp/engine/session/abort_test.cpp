@@ -36,7 +36,7 @@ void PlayWithCall(const Sequence& sequence, std::size_t at, const Call& what) {
     const auto outcome = setting.Run(std::move(play));
     // A server that goes on may be done before the call is heard; and between two transfers there is nothing
     // to abort.
-    const bool between = !drops && sequence.steps[at].beside;
+    const bool between = !drops && (sequence.steps[at].beside || sequence.steps[at].over);
     EXPECT_TRUE(between || (outcome ? !what.stops || sequence.never_fails
                                     : outcome.error().kind == FailureKind::Cancelled))
         << testing::PrintToString(stage.record.trace);

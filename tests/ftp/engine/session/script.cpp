@@ -166,6 +166,10 @@ Step Optional(const std::string& lines) {
 Step Beside(const std::string& lines) {
     return {Step::Kind::Reply, lines, 0, true, true};
 }
+Step Over(Step step) {
+    step.over = true;
+    return step;
+}
 Step HangsUp() {
     return {Step::Kind::HangsUp, {}};
 }
@@ -332,7 +336,8 @@ bool Script::TakeCommand(const std::string& line) {
     if (NextLine() != line) return false;
     control_->to_server.erase(0, line.size() + 2);
     ++owed_;
-    if (line.starts_with("LIST") || line.starts_with("RETR") || line.starts_with("STOR")) {
+    if (line.starts_with("LIST") || line.starts_with("RETR") || line.starts_with("STOR") ||
+        line.starts_with("APPE")) {
         transfer_ = true;
         due_before_ = owed_ - 1;
     }

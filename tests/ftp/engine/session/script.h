@@ -33,6 +33,7 @@ struct Step {
     std::uint16_t port = 0;
     bool may_be_refused = false;  // the sequence goes on without
     bool beside = false;          // what runs meanwhile has its outcome without
+    bool over = false;            // what could be aborted is over
 
     bool IsData() const { return kind >= Kind::DataConnects; }
 };
@@ -48,6 +49,8 @@ Step Reply(const std::string& lines);
 Step Optional(const std::string& lines);
 /// An answer to what was asked ahead, for the next transfer: the one before it is over.
 Step Beside(const std::string& lines);
+/// The step, where the transfer itself is over.
+Step Over(Step step);
 /// The server closes the control connection.
 Step HangsUp();
 /// The client opens a data connection to this port.

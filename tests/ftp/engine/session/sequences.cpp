@@ -4,10 +4,12 @@
 
 #include <ostream>
 
+#include "ftp/engine/session/check.h"
 #include "ftp/engine/session/files.h"
 #include "ftp/engine/session/list.h"
 #include "ftp/engine/session/login.h"
 #include "ftp/engine/session/quit.h"
+#include "ftp/engine/session/reopen.h"
 #include "ftp/engine/session/retrieve.h"
 #include "ftp/engine/session/store.h"
 
@@ -44,8 +46,11 @@ const Steps kList{Command("LIST"), Reply("150 Coming")};
 const Steps kRows{Sends("first\r\nsec"), Sends("ond\nthird"), Ends(), Reply("226 Done")};
 const std::string kGotRows = "first|second|third|";
 
+ftp::Access AnnasAccess() {
+    return {{{"host", 21}, ftp::Security::None}, "anna", "hemligt", "konto"};
+}
 ftp::Task<> LogIn(Stage& stage) {
-    return ftp::Login(stage.session, {{{"host", 21}, ftp::Security::None}, "anna", "hemligt", "konto"});
+    return ftp::Login(stage.session, AnnasAccess());
 }
 ftp::Task<> LogInSafely(Stage& stage, ftp::Security security) {
     ftp::Access access{{{"host", 21}, security}, "anna", "hemligt", "konto"};
@@ -65,6 +70,26 @@ ftp::Task<> RetrieveText(Stage& stage) {
 }
 ftp::Task<> Store(Stage& stage) {
     return ftp::StoreFile(stage.session, {}, stage.scratch.Path("source"), "fil.txt");
+}
+ftp::Task<> StoreAndCheck(Stage& stage) {
+    stage.session.in_run = true;
+    const auto stored = co_await Store(stage);
+    if (!stored) co_return stored;
+    co_return co_await ftp::CheckAll(stage.session);
+}
+/// The same, where a try that breaks is not the last.
+Stage::Sequence WithWayBack(ftp::Task<> (*sequence)(Stage&)) {
+    return [sequence](Stage& stage) {
+        stage.session.access = std::make_shared<const ftp::Access>(AnnasAccess());
+        return sequence(stage);
+    };
+}
+/// The connection has ended while the session was in another directory than that of the login.
+ftp::Task<> Reopen(Stage& stage) {
+    stage.session.strayed = true;
+    stage.session.directory = "/webb/bilder";
+    stage.session.control->Close();
+    return ftp::Reopen(stage.session);
 }
 ftp::Task<> Quit(Stage& stage) {
     co_await ftp::QuitSession(stage.session);
@@ -193,6 +218,9 @@ std::vector<Sequence> Transfers() {
                           Sends("456789"),         Ends()};
     const Steps store{Command("STOR fil.txt"), Reply("150 Waiting"), Takes("uplo"),
                       Takes("aded"),           TakesEnd(),           Reply("226 Done")};
+    const Steps checked{Over(Command("SIZE fil.txt")), Over(Optional("213 8"))};
+    const Steps checked_late{Over(Command("SIZE fil.txt")), Over(Optional("213 5")),
+                             Over(Command("SIZE fil.txt")), Over(Optional("213 8"))};
     const Steps text{Command("TYPE A"), Reply("200 Text")};
     const Steps store_ahead{Command("STOR fil.txt"),
                             Command("EPSV"),
@@ -208,7 +236,22 @@ std::vector<Sequence> Transfers() {
         DataConnects(5000), Command("SIZE fil.txt"),      Command("RETR fil.txt"), Command("EPSV"),
         Reply("213 10"),    Reply("150 Coming"),          Sends("0123456789"),     Ends(),
         Reply("226 Done"),  Beside("229 Next (|||5000|)")};
-    const Steps ready{DataConnects(5000)};
+    const Steps once_more{Over(Command("EPSV")), Reply("229 Here (|||5000|)"), DataConnects(5000)};
+    const Steps stored_in_run{
+        DataConnects(5000), Command("SIZE fil.txt"),      Command("STOR fil.txt"), Command("EPSV"),
+        Reply("213 8"),     Reply("150 Waiting"),         Takes("uploaded"),       TakesEnd(),
+        Reply("226 Done"),  Beside("229 Next (|||5000|)")};
+    const Steps breaks_down{Command("RETR fil.txt"), Reply("150 Coming"), Sends("0123"), Ends(),
+                            Reply("426 Lost")};
+    const Steps goes_on_down{Command("REST 4"),   Reply("350 From there"), Command("RETR fil.txt"),
+                             Reply("150 Coming"), Sends("456789"),         Ends(),
+                             Reply("226 Done")};
+    const Steps rest_refused{Command("REST 4"), Reply("502 What?")};
+    const Steps breaks_up{Command("STOR fil.txt"), Reply("150 Waiting"), Takes("uplo"), Ends(),
+                          Reply("426 Lost")};
+    const Steps has_four{Command("SIZE fil.txt"), Reply("213 4")};
+    const Steps goes_on_up{Command("APPE fil.txt"), Reply("150 Waiting"), Takes("aded"), TakesEnd(),
+                           Reply("226 Done")};
     return {
         {"list", false, kImage + kEpsv + kList + kRows, List, kGotRows},
         {"list_empty", false, kImage + kEpsv + kList + Steps{Ends(), Reply("226 Done")}, List, {}},
@@ -220,17 +263,31 @@ std::vector<Sequence> Transfers() {
         {"retrieve_without_size", false, kImage + no_size + kEpsv + retrieve, Retrieve, "0123456789"},
         {"retrieve_confirmed_early", false, kImage + size + kEpsv + early_end, Retrieve, "0123456789"},
         {"retrieve_text", false, text + kEpsv + retrieve, RetrieveText, "0123456789"},
-        {"store", false, kImage + kEpsv + store, Store, {}},
+        {"store", false, kImage + kEpsv + store + checked, Store, {}},
+        {"store_kept_late", false, kImage + kEpsv + store + checked_late, Store, {}},
         {"store_twice",
          false,
-         kImage + kEpsv + store + kEpsv + store,
+         kImage + kEpsv + store + checked + once_more + store + checked,
          [](Stage& stage) -> ftp::Task<> {
              const auto first = co_await Store(stage);
              if (!first) co_return first;
              co_return co_await Store(stage);
          },
          {}},
-        {"store_in_run", false, kImage + kEpsv + store_ahead + ready + store_ahead, TwiceInRun(Store), {}},
+        {"store_in_run", false, kImage + kEpsv + store_ahead + stored_in_run, TwiceInRun(Store), {}},
+        {"store_in_run_checked", false, kImage + kEpsv + store_ahead + checked, StoreAndCheck, {}},
+        {"store_resumed",
+         false,
+         kImage + kEpsv + breaks_up + has_four + kEpsv + goes_on_up + checked,
+         WithWayBack(Store),
+         {},
+         false,
+         true},
+        {"retrieve_resumed", false, kImage + size + kEpsv + breaks_down + size + kEpsv + goes_on_down,
+         WithWayBack(Retrieve), "0123456789", false, true},
+        {"retrieve_resumed_without_rest", false,
+         kImage + size + kEpsv + breaks_down + size + kEpsv + rest_refused + size + kEpsv + retrieve,
+         WithWayBack(Retrieve), "0123456789", false, true},
         {"store_in_run_pasv",
          false,
          kImage + kNoEpsv + kPasv +
@@ -250,16 +307,27 @@ Sequence OneCommand(const std::string& name, const std::string& line, Stage::Seq
     return {name, false, {Command(line), Reply("250-Well\r\n250 done")}, std::move(run), {}};
 }
 
+Sequence OneStep(const std::string& name, const std::string& line, Stage::Sequence run) {
+    return {name,
+            false,
+            {Command(line), Command("PWD"), Reply("250-Well\r\n250 done"), Optional("257 \"/webb\" is here")},
+            std::move(run),
+            {}};
+}
+
 std::vector<Sequence> Others() {
     const Steps rename{Command("RNFR old name"), Reply("350 To what?"), Command("RNTO -new"),
                        Reply("250 Done")};
+    const Steps reopened =
+        kGreeting + kName + kPassword + kPrepared + Steps{Command("CWD /webb/bilder"), Reply("250 Here")};
     const auto named = [](auto operation, std::string name) {
         return [=](Stage& stage) { return operation(stage.session, name); };
     };
     return {
-        OneCommand("change_directory", "CWD a b", named(ftp::ChangeDirectoryTo, "a b")),
-        OneCommand("change_to_parent", "CWD ..",
-                   [](Stage& stage) { return ftp::ChangeToParentDirectory(stage.session); }),
+        OneStep("change_directory", "CWD a b", named(ftp::ChangeDirectoryTo, "a b")),
+        OneStep("change_to_parent", "CWD ..",
+                [](Stage& stage) { return ftp::ChangeToParentDirectory(stage.session); }),
+        {"reopen", false, reopened, WithWayBack(Reopen), {}, false, true},
         OneCommand("make_directory", "MKD -x", named(ftp::MakeDirectoryNamed, "-x")),
         OneCommand("remove_directory", "RMD \xE5", named(ftp::RemoveDirectoryNamed, "\xE5")),
         OneCommand("delete_file", "DELE \xFF\xFF", named(ftp::DeleteFileNamed, "\xFF")),

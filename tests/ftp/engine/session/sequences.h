@@ -17,6 +17,7 @@ struct Sequence {
     Stage::Sequence run;
     std::string got;  // afterwards: the file "target", or the lines of the listing
     bool never_fails = false;
+    bool knows_way_back = false;  // what breaks is tried again, and a session that ended is opened again
 };
 std::ostream& operator<<(std::ostream& out, const Sequence& sequence);
 

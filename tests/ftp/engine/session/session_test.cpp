@@ -154,16 +154,41 @@ TEST(Session, ClosedWhileIdleIsSaidAtTheNextCommand) {
 }
 
 TEST(Session, DoubledRepliesAreNotTakenForTheNextCommands) {
-    Stage stage(Greeted({Command("CWD a"), Reply("250 first"), Command("MKD b"), Reply("257 second"),
+    Stage stage(Greeted({Command("RMD a"), Reply("250 first"), Command("MKD b"), Reply("257 second"),
                          Command("TYPE I"), Reply("200 Image")}));
     ASSERT_TRUE(stage.LogIn());
     stage.script.Follow({.doubled = true});
-    EXPECT_TRUE(stage.Run([](Stage& s) { return ChangeTo(s, "a"); }));
+    EXPECT_TRUE(stage.Run([](Stage& s) { return ftp::RemoveDirectoryNamed(s.session, "a"); }));
     EXPECT_TRUE(stage.Run([](Stage& s) { return ftp::MakeDirectoryNamed(s.session, "b"); }));
     EXPECT_TRUE(stage.Run([](Stage& s) { return s.session.Do("TYPE", "I"); }));
     EXPECT_EQ(stage.record.trace,
-              (Strings{"< 220 Welcome", "> CWD a", "< 250 first", "< 250 first", "> MKD b", "< 257 second",
+              (Strings{"< 220 Welcome", "> RMD a", "< 250 first", "< 250 first", "> MKD b", "< 257 second",
                        "< 257 second", "> TYPE I", "< 200 Image"}));
+}
+
+TEST(Session, AnswerThatIsNotAboutTheDirectoryEndsTheHaste) {
+    Stage stage(Greeted({Command("CWD a"), Command("PWD"), Reply("250 In"), Reply("250 In"), Command("CWD b"),
+                         Reply("250 In"), Command("PWD"), Reply("257 \"/a/b\"")}));
+    ASSERT_TRUE(stage.LogIn());
+    EXPECT_TRUE(stage.Run([](Stage& s) { return ChangeTo(s, "a"); }));
+    EXPECT_EQ(stage.session.directory, "") << "nobody knows";
+    EXPECT_TRUE(stage.Run([](Stage& s) { return ChangeTo(s, "b"); }));
+    EXPECT_EQ(stage.session.directory, "/a/b");
+    EXPECT_TRUE(stage.script.Completed());
+}
+
+TEST(Session, KnowsWhereItIs) {
+    Stage stage(Greeted({Command("CWD a"), Command("PWD"), Reply("250 In"), Reply("257 \"/a\""),
+                         Command("CWD b"), Command("PWD"), Reply("550 No"), Reply("502 What?"),
+                         Command("CWD c"), Command("PWD"), Reply("250 In"), Reply("502 What?")}));
+    ASSERT_TRUE(stage.LogIn());
+    EXPECT_EQ(stage.session.directory, std::nullopt);
+    EXPECT_TRUE(stage.Run([](Stage& s) { return ChangeTo(s, "a"); }));
+    EXPECT_EQ(stage.session.directory, "/a");
+    EXPECT_EQ(KindOf(stage.Run([](Stage& s) { return ChangeTo(s, "b"); })), FailureKind::Refused);
+    EXPECT_EQ(stage.session.directory, "/a") << "where it was";
+    EXPECT_TRUE(stage.Run([](Stage& s) { return ChangeTo(s, "c"); })) << "a server need not know PWD";
+    EXPECT_EQ(stage.session.directory, "");
 }
 
 TEST(Session, NamesThatCannotBeSentAreRefusedBeforeAnythingIsSent) {
@@ -216,7 +241,7 @@ TEST(Session, DownloadThatIsShorterThanStatedIsNotKept) {
         EXPECT_EQ(KindOf(stage.Run([](Stage& s) {
                       return ftp::RetrieveFile(s.session, {}, "f", s.scratch.Path("target"));
                   })),
-                  FailureKind::ConnectionLost);
+                  FailureKind::CutShort);
         EXPECT_EQ(stage.scratch.Read("target"), "old");
         EXPECT_EQ(stage.scratch.Names(), Strings{"target"});
         stage.ExpectInStepOrClosed();

@@ -53,6 +53,7 @@ ftp::Deadlines Patient() {
             .early_login = 60s,
             .ahead = 60s,
             .idle = 60s,
+            .pause = 1ms,
             .abort = 60s,
             .quit = 60s};
 }
@@ -64,6 +65,7 @@ ftp::Deadlines Impatient() {
             .early_login = 5ms,
             .ahead = 5ms,
             .idle = 5ms,
+            .pause = 1ms,
             .abort = 5ms,
             .quit = 5ms};
 }

@@ -46,7 +46,12 @@ class Record : public ftp::Events {
     }
     void Trouble(const ftp::Failure& failure) override { troubles.push_back(failure); }
 
-    std::vector<std::string> trace, lines, secured;
+    void NotKept(const std::string& label, const ftp::Failure& failure) override {
+        not_kept.push_back(label);
+        troubles.push_back(failure);
+    }
+
+    std::vector<std::string> trace, lines, secured, not_kept;
     std::vector<std::int64_t> sizes, moved;
     std::vector<ftp::Failure> troubles;
 };

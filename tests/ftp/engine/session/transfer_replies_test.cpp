@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <ostream>
 #include <vector>
 
@@ -12,7 +13,7 @@ namespace {
 
 struct Row {
     std::string name;
-    std::string asked;       // besides the transfer: S the size before it, P the port behind it
+    std::string asked;       // besides the transfer: C sizes of files before, S its own, P the port behind it
     std::vector<int> codes;  // as they arrive
     int size, final, port;   // whose is which; 0: none
     std::string state;       // overtaken, unclear, due (the port is)
@@ -51,6 +52,8 @@ const std::vector<Row> kRows{
     {"goodbye_after_the_end", "P", {150, 226, 421}, 0, 226, 0, ""},
     {"size_first", "SP", {213, 150, 226, 229}, 213, 226, 229, ""},
     {"size_refused", "SP", {550, 550, 229}, 550, 550, 229, ""},
+    {"checks_first", "CCSP", {550, 213, 213, 150, 226, 229}, 213, 226, 229, ""},
+    {"goodbye_to_a_check", "CP", {421}, 0, 421, 0, ""},
 };
 
 INSTANTIATE_TEST_SUITE_P(, TransferRepliesTest, testing::ValuesIn(kRows), testing::PrintToStringParamName());
@@ -58,7 +61,8 @@ INSTANTIATE_TEST_SUITE_P(, TransferRepliesTest, testing::ValuesIn(kRows), testin
 TEST_P(TransferRepliesTest, AreMatched) {
     const Row& row = GetParam();
     TransferReplies replies;
-    replies.Expect(row.asked.starts_with('S'), row.asked.ends_with('P'));
+    replies.Expect(static_cast<std::size_t>(std::ranges::count(row.asked, 'C')),
+                   row.asked.find('S') != std::string::npos, row.asked.ends_with('P'));
     for (const int code : row.codes) replies.Take({code, {std::to_string(code) + " words"}});
     EXPECT_EQ(CodeOf(replies.Size()), row.size);
     EXPECT_EQ(CodeOf(replies.Final()), row.final);
@@ -71,7 +75,7 @@ TEST_P(TransferRepliesTest, AreMatched) {
 
 TEST(TransferReplies, RefusalThatNothingFollowsWasTheTransfers) {
     TransferReplies replies;
-    replies.Expect(false, true);
+    replies.Expect(0, false, true);
     replies.Take({503, {"503 words"}});
     replies.Close();
     EXPECT_EQ(CodeOf(replies.Final()), 503);
@@ -79,9 +83,20 @@ TEST(TransferReplies, RefusalThatNothingFollowsWasTheTransfers) {
     EXPECT_TRUE(replies.PortDue());
 }
 
+TEST(TransferReplies, AboutFilesBeforeKeepTheirOrder) {
+    TransferReplies replies;
+    replies.Expect(2, true, false);
+    for (const int code : {550, 213, 500}) replies.Take({code, {std::to_string(code) + " words"}});
+    ASSERT_EQ(replies.Checks().size(), 2U);
+    EXPECT_EQ(replies.Checks()[0].code, 550);
+    EXPECT_EQ(replies.Checks()[1].code, 213);
+    EXPECT_EQ(CodeOf(replies.Size()), 500);
+    EXPECT_FALSE(replies.Final());
+}
+
 TEST(TransferReplies, BeginWithThePreliminaryOne) {
     TransferReplies replies;
-    replies.Expect(true, false);
+    replies.Expect(0, true, false);
     replies.Take({213, {"213 10"}});
     EXPECT_FALSE(replies.Begun());
     replies.Take({150, {"150 words"}});
