@@ -85,8 +85,20 @@ class Upload {
         return tries.IsWorth(failure, begun_ && sent_ > offset_);
     }
 
+    /// Whether the server has no more of the file than before this try, which was not the first: its disk is
+    /// full, and neither a pause nor a further try helps.
+    asio::awaitable<bool> GotNoFurther(Tries& tries) {
+        if (!tries.Begun() || !session_.Alive() || !mode_.image || !CanCheck(session_)) co_return false;
+        const auto reply = co_await tries.AskSize(remote_);
+        if (!reply) co_return false;
+        const auto kept = ParseSizeReply(*reply);
+        co_return kept&&* kept <= offset_;
+    }
+
     Task<> PrepareNext(Tries& tries, Failure why) {
         const bool misfits = why.kind == FailureKind::NotKept;
+        const bool in_vain = co_await GotNoFurther(tries);
+        if (in_vain && !misfits) co_return Fail(std::move(why));
         for (;;) {
             const auto ready = co_await tries.Next(why);
             if (!ready) co_return ready;

@@ -11,6 +11,8 @@ class Tries {
 
     /// Whether it is worth while: the failure is a break, not a refusal, and bytes have moved.
     bool IsWorth(const Failure& failure, bool moved) const;
+    /// Whether there has been one besides the first.
+    bool Begun() const { return count_ > 0; }
     /// Ends when the next try may begin. Otherwise what is to be told: `why`, when there is none left or no
     /// way back; Cancelled; or the server's refusal to let us in again.
     Task<> Next(Failure why);

@@ -466,6 +466,16 @@ TEST_F(Living, UploadThatCannotGoOnBeginsAtTheBeginning) {
     }
 }
 
+TEST_F(Living, UploadThatGetsNoFurtherIsToldWithoutAPause) {
+    WorkerClient& client = Client({.pause = 60s});
+    server_.At("STOR", {Say("150 Waiting"), TakeData(4), ResetData(), Say("451 Full")});
+    server_.At("APPE", {Say("150 Waiting"), TakeData(2), ResetData(), Say("451 Full")});
+    server_.At("SIZE", {Say("213 4")});
+    const Told told = client.Run(Store());
+    EXPECT_EQ(told.Code(), 451) << told;
+    EXPECT_EQ(Count("APPE"), 1);
+}
+
 TEST_F(Living, PartsThatDoNotFitTogetherAreSentAnew) {
     WorkerClient& client = Client();
     server_.At("STOR", 1, {Say("150 Waiting"), TakeData(4), ResetData(), Say("426 Lost")});
