@@ -29,7 +29,7 @@ bool MayComeFromHaste(const Failure& failure) {
 }  // namespace
 
 Transfer::Transfer(Session& session, TransferMode mode, std::int64_t offset)
-    : session_(session), mode_(mode), offset_(offset) {
+    : session_(session), mode_(mode), offset_(offset), told_(offset) {
     session_.transfer = this;
     session_.events.Moved(offset);
 }

@@ -92,7 +92,7 @@ class Transfer {
     std::optional<Deadline> silence_;
     std::optional<std::int64_t> stated_, asked_;
     std::optional<std::int64_t> continues_;  // the size that the file must have for that
-    std::int64_t told_ = 0;                  // bytes that Moved has told of
+    std::int64_t told_;                      // bytes that Moved has told of
     bool cannot_continue_ = false;
     std::size_t checks_ = 0;           // sizes of files that went before, whose answers are to come
     TransferReplies arrived_, taken_;  // replies as they come, and those that have been taken in turn
