@@ -1,8 +1,9 @@
 """What the measurements have in common: building, processes, servers, the long-distance link, the report."""
-import contextlib, os, pathlib, re, signal, statistics, subprocess, sys, tempfile, threading, time
+import contextlib, multiprocessing.connection, os, pathlib, re, signal, statistics, subprocess, sys, tempfile, threading, time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BIN = ROOT / "build/bench/bin"
+MEMORY = "/dev/shm"  # for files and homes: the disk is nobody's merit
 
 
 def build(with_window):
@@ -66,16 +67,18 @@ def figure(name, output):
 
 
 @contextlib.contextmanager
-def server(make, address=None, prefix=(), homes=None):
-    """"HOST:PORT" and the home folder, below `homes` if that is said, of a server that lives as long as the context."""
+def server(make, address=None, prefix=(), homes=None, tls=False):
+    """"HOST:PORT" and the home folder, below `homes` if that is said, of a server that lives as long as the context; with
+    TLS the file of the authority that has signed its certificate, else None."""
     environment = {**os.environ, **({"TMPDIR": homes} if homes else {})}
-    process = subprocess.Popen([*prefix, BIN / "bench_serve", make, *([address] if address else [])],
+    words = [make, address or "127.0.0.1", *(["tls"] if tls else [])]
+    process = subprocess.Popen([*prefix, BIN / "bench_serve", *words],
                                stdin=subprocess.PIPE, stdout=subprocess.PIPE, start_new_session=True, env=environment)
     try:
         told = process.stdout.readline().decode().split()
-        if len(told) != 2:
+        if len(told) != len(words[2:]) + 2:
             raise Failure(f"failed: {make} does not start")
-        yield told[0], pathlib.Path(told[1])
+        yield told[0], pathlib.Path(told[1]), pathlib.Path(told[2]) if tls else None
     finally:
         process.stdin.close()
         process.wait()
@@ -131,6 +134,41 @@ def interleaved(clients, rounds, measure):
     return results
 
 
+def at_once(most, calls):
+    """The results of the calls in their order, each made in a process of its own."""
+    fork = multiprocessing.get_context("fork")
+    running, results, waiting = {}, [None] * len(calls), list(enumerate(calls))
+
+    def carry_out(call, pipe):
+        try:
+            pipe.send((call(), None))
+        except Failure as failure:
+            pipe.send((None, str(failure)))
+    try:
+        while waiting or running:
+            while waiting and len(running) < most:
+                number, call = waiting.pop(0)
+                ours, theirs = fork.Pipe(duplex=False)
+                process = fork.Process(target=carry_out, args=(call, theirs))
+                process.start()
+                theirs.close()
+                running[ours] = number, process
+            for pipe in multiprocessing.connection.wait(list(running)):
+                number, process = running.pop(pipe)
+                try:
+                    results[number], problem = pipe.recv()
+                except EOFError:
+                    problem = "a measurement ended without a result"
+                process.join()
+                if problem:
+                    raise Failure(problem)
+    finally:
+        for _, process in running.values():
+            process.terminate()
+            process.join()
+    return results
+
+
 def median(results, attribute):
     return {client: statistics.median(attribute(one) for one in many) for client, many in results.items()}
 
@@ -161,4 +199,4 @@ class Report:
             ahead = best / values["ours"] if better == "less" else values["ours"] / best
             cells = [form.format(values[client]) if client in values else "–" for client in clients]
             self.row(name, *cells, f"{ahead:.2f}")
-        self.lines += ["", unit_note]
+        self.lines += ["", unit_note, ""]

@@ -3,10 +3,10 @@
 Ours with N lanes has N connections and its main one, so it is compared twice: with peers on N connections and with
 lftp on N+1. A peer runs as it comes, and "tuned": with the settings of somebody who knows it and wants speed.
 """
-import contextlib, dataclasses, multiprocessing.connection, os, pathlib, shlex, shutil, statistics, subprocess, sys, tempfile
+import contextlib, dataclasses, os, pathlib, shlex, shutil, statistics, subprocess, sys, tempfile
 from collections.abc import Callable
 
-from measuring import BIN, Failure, Measured, interleaved, long_distance, near_loopback, server
+from measuring import BIN, MEMORY, Failure, Measured, at_once, interleaved, long_distance, near_loopback, server
 
 SERVERS = ["vsftpd", "pure_ftpd", "proftpd"]
 DISTANCES = [0, 20, 50]  # ms of round trip; 0: loopback
@@ -14,7 +14,6 @@ RATE = 100               # Mbit/s at a distance
 AT_ONCE = 12             # rows at a distance
 LIMIT = 1200             # seconds after which a client counts as failed
 OURS = "ours"
-MEMORY = "/dev/shm"     # where files and homes lie: the disk is nobody's merit
 
 # lftp: commands leave together, no permissions or times after each file, no questions about what is there, no goodbye.
 LFTP_TUNED = ("set ftp:sync-mode off; set mirror:set-permissions off; set ftp:use-site-utime off; set ftp:use-site-utime2 off; "
@@ -147,18 +146,31 @@ def downloads():
     return clients
 
 
+def authority_in(work):
+    """Where the authority lies during a row under TLS."""
+    return work / "authority.pem"
+
+
 @contextlib.contextmanager
-def reachable(make, distance):
+def reachable(row, work):
     """What to put before the client's command, the server's address, its home folder."""
-    if not distance:
-        with near_loopback() as near, server(make, "127.0.0.1", near, MEMORY) as (host, home):
+    if not row.distance:
+        with near_loopback() as near, serving(row, "127.0.0.1", near, work) as (host, home):
             yield near, host, home
         return
-    with long_distance(distance, RATE) as (near, far, address), server(make, address, far, MEMORY) as (host, home):
+    with long_distance(row.distance, RATE) as (near, far, address), serving(row, address, far, work) as (host, home):
         trip = round_trip(near, host)
-        if not distance <= trip < distance * 1.1 + 1:
-            raise Failure(f"the link is not what it says: {trip:.1f} ms instead of {distance}")
+        if not row.distance <= trip < row.distance * 1.1 + 1:
+            raise Failure(f"the link is not what it says: {trip:.1f} ms instead of {row.distance}")
         yield near, host, home
+
+
+@contextlib.contextmanager
+def serving(row, address, prefix, work):
+    with server(row.make, address, prefix, MEMORY, row.tls) as (host, home, authority):
+        if authority:
+            shutil.copyfile(authority, authority_in(work))
+        yield host, home
 
 
 def round_trip(near, host):
@@ -213,6 +225,7 @@ class Row:
     make: str
     tree: Tree
     distance: int
+    tls: bool = False
 
     def trips(self):
         return self.tree.count * self.distance
@@ -249,8 +262,9 @@ class Bench:
     def measure(self, row, taking_part):
         """{client's number: [seconds, or None]} of the clients in turns, and remarks."""
         rounds = self.options.rounds or (1 if row.distance else 3)
-        with tempfile.TemporaryDirectory(dir=MEMORY) as folder, reachable(row.make, row.distance) as (near, host, home):
-            work = pathlib.Path(folder)
+        with contextlib.ExitStack() as stack:
+            work = pathlib.Path(stack.enter_context(tempfile.TemporaryDirectory(dir=MEMORY)))
+            near, host, home = stack.enter_context(reachable(row, work))
             source = work / "source" / "tree"
             row.tree.make(source)
             (work / "names").write_text("\n".join(sorted(contents(source))) + "\n")
@@ -305,41 +319,6 @@ def failure_of(row, client, problem):
     return f"Failed: {row}, {client.name} [{client.connections}]: {said[:160]}"
 
 
-def at_once(most, calls):
-    """The results of the calls in their order, each made in a process of its own."""
-    fork = multiprocessing.get_context("fork")
-    running, results, waiting = {}, [None] * len(calls), list(enumerate(calls))
-
-    def carry_out(call, pipe):
-        try:
-            pipe.send((call(), None))
-        except Failure as failure:
-            pipe.send((None, str(failure)))
-    try:
-        while waiting or running:
-            while waiting and len(running) < most:
-                number, call = waiting.pop(0)
-                ours, theirs = fork.Pipe(duplex=False)
-                process = fork.Process(target=carry_out, args=(call, theirs))
-                process.start()
-                theirs.close()
-                running[ours] = number, process
-            for pipe in multiprocessing.connection.wait(list(running)):
-                number, process = running.pop(pipe)
-                try:
-                    results[number], problem = pipe.recv()
-                except EOFError:
-                    problem = "a measurement ended without a result"
-                process.join()
-                if problem:
-                    raise Failure(problem)
-    finally:
-        for _, process in running.values():
-            process.terminate()
-            process.join()
-    return results
-
-
 HOW = ("At a distance: wall time of the whole process, login and goodbye included, in round trips for each file, on a line of "
        f"{RATE} Mbit/s; on loopback: milliseconds for all (and files per second). A client that failed or left anything out is "
        "shown as failed. Rows at a distance were measured several at a time. Files and home folders in memory, emptied before each client; what arrived was compared file by file. "
@@ -363,21 +342,23 @@ def rounds_text(options):
     return "Medians of 3 rounds on loopback, one round at a distance."
 
 
+def empty_home(home, source, _):
+    """For uploads: the server has nothing yet."""
+    empty(home)
+    return source
+
+
 def trees(report, options):
     report.heading("Folder trees up")
     if os.geteuid() != 0:
         return report.text("Not measured: the servers and the distance need root.")
-
-    def prepare(home, source, _):
-        empty(home)
-        return source
 
     makes, distances = selected(options, DISTANCES)
     both = [Tree(60, 1024, 3), Tree(100, 4096, 5)] if options.small else [Tree(1000, 1024, 20), Tree(5000, 4096, 100)]
     rows = [Row(make, tree, distance) for distance in distances for tree in both for make in makes]
     report.text(f"{both[0]} in {both[0].folders} folders and {both[1]} in {both[1].folders}. Repeat with `bench/run trees` (as root). "
                 + rounds_text(options))
-    Bench(report, uploads(), options, prepare, lambda home, _: home / "tree").run(rows)
+    Bench(report, uploads(), options, empty_home, lambda home, _: home / "tree").run(rows)
     for text in (HOW, LANES, PEERS.format(curl=" and `--ftp-create-dirs`")):
         report.text(text)
 
