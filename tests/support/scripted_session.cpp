@@ -43,7 +43,7 @@ Next ScriptedSession::Obey(const std::string& command) {
     const std::size_t space = std::min(command.find(' '), command.size());
     manner_ = nullptr;
     replies_ = 0;
-    if (verb_ == "RETR" || verb_ == "STOR") restart_ = 0;  // it held for that one
+    if (verb_ == "RETR" || verb_ == "STOR" || verb_ == "APPE") restart_ = 0;  // it held for that one
     verb_ = command.substr(0, space);
     argument_ = command.substr(std::min(space + 1, command.size()));
     for (const Step& step : world_.Record(command))

@@ -95,6 +95,7 @@ TEST_P(NameFault, StaysInTheFolder) {
     Fetch(Shown());
     EXPECT_EQ(errors.empty(), GetParam().usable) << Told();
     EXPECT_EQ(Sent("RETR " + OnTheWire()), GetParam().usable);
+    EXPECT_EQ(NamesOutside(), std::vector<std::string>());
     std::vector<std::string> names = Names();
     EXPECT_EQ(names.size(), GetParam().usable ? 3U : 2U);
     std::erase_if(names, [](const auto& name) { return name == "egen.htm" || name == "gammal.htm"; });

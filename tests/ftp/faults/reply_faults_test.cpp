@@ -26,11 +26,11 @@ struct Place {
 const std::vector<Place> kPlaces = {
     {Work::Connect, "(connect)"}, {Work::Connect, "AUTH"}, {Work::Connect, "USER"}, {Work::Connect, "PASS"},
     {Work::Connect, "FEAT"},      {Work::Connect, "OPTS"}, {Work::Connect, "TYPE"}, {Work::List, "EPSV"},
-    {Work::List, "LIST", 1},      {Work::List, "LIST", 2}, {Work::Enter, "CWD"},    {Work::Get, "SIZE"},
-    {Work::Get, "EPSV"},          {Work::Get, "RETR", 1},  {Work::Get, "RETR", 2},  {Work::Put, "EPSV"},
-    {Work::Put, "STOR", 1},       {Work::Put, "STOR", 2},  {Work::Rename, "RNFR"},  {Work::Rename, "RNTO"},
-    {Work::Delete, "DELE"},       {Work::Make, "MKD"},     {Work::Remove, "RMD"},   {Work::Leave, "CWD"},
-    {Work::Quit, "QUIT"},
+    {Work::List, "LIST", 1},      {Work::List, "LIST", 2}, {Work::Enter, "CWD"},    {Work::Enter, "PWD"},
+    {Work::Get, "SIZE"},          {Work::Get, "EPSV"},     {Work::Get, "RETR", 1},  {Work::Get, "RETR", 2},
+    {Work::Put, "EPSV"},          {Work::Put, "STOR", 1},  {Work::Put, "STOR", 2},  {Work::Put, "SIZE"},
+    {Work::Rename, "RNFR"},       {Work::Rename, "RNTO"},  {Work::Delete, "DELE"},  {Work::Make, "MKD"},
+    {Work::Remove, "RMD"},        {Work::Leave, "CWD"},    {Work::Leave, "PWD"},    {Work::Quit, "QUIT"},
 };
 
 enum class Costs {

@@ -57,6 +57,8 @@ class FaultStage : public ComponentTest {
     QString Local(const QString& name) const;
     /// Native names in the folder that the user has chosen.
     std::vector<std::string> Names() const;
+    /// What has appeared around that folder, up to two levels above.
+    std::vector<std::string> NamesOutside() const;
     std::string Told() const;  // everything that was raised, for messages
 
     ftp_test::ScriptedServer server;
@@ -74,7 +76,7 @@ class FaultStage : public ComponentTest {
     void CheckWords();
     ftp_test::Script Counted(ftp_test::Script script);
 
-    QTemporaryDir room_;  // holds the chosen folder only
+    QTemporaryDir room_;  // holds the chosen folder, two levels down, and nothing else
     std::atomic<int> struck_ = 0;
 };
 
