@@ -28,13 +28,14 @@ void CheckHostField(std::string_view field) {
     const auto parsed = ftp::ParseHostField(field);
     if (!parsed) {
         Require(parsed.error().kind == ftp::FailureKind::BadArgument, "a bad field is a bad argument");
+        Require(parsed.error().detail.find('@') == std::string::npos, "a login is not told");
         return;
     }
     const auto& [host, port] = parsed->where;
     Require(!host.empty() && port != 0, "host and port are there");
-    Require(
-        std::ranges::none_of(host, [](char c) { return static_cast<unsigned char>(c) <= ' ' || c == '/'; }),
-        "a host has no blanks, controls and slashes");
+    Require(std::ranges::none_of(
+                host, [](char c) { return static_cast<unsigned char>(c) <= ' ' || c == '/' || c == '@'; }),
+            "a host has no blanks, controls, slashes and logins");
     const bool colons = host.find(':') != std::string::npos;
     const std::string_view scheme = SchemeOf(parsed->security);
     const std::string written =

@@ -40,10 +40,15 @@ std::optional<std::uint16_t> ParsePort(std::string_view text) {
     return port;
 }
 
-/// Blanks and controls, and what belongs to URLs and paths.
+/// No blanks and controls, and nothing that belongs to URLs and paths.
 bool FitsInHost(char c) {
     const auto byte = static_cast<unsigned char>(c);
-    return byte > ' ' && byte != 0x7F && c != '/' && c != '\\' && c != '[' && c != ']';
+    return byte > ' ' && byte != 0x7F && c != '/' && c != '\\' && c != '[' && c != ']' && c != '@';
+}
+
+/// What stands before an '@' in a URL is a user name and often a password: that is not told.
+auto NoHost(std::string_view field) {
+    return Fail(FailureKind::BadArgument, std::string(field.substr(field.rfind('@') + 1)));
 }
 
 /// Splits "host" or "host:port"; more than one colon is an address of IPv6 without port.
@@ -117,11 +122,11 @@ Result<ServerAddress> ParseHostField(std::string_view field) {
     const Security security = TakeScheme(address);
     const auto pieces = Split(address);
     if (!pieces || pieces->host.empty() || !std::ranges::all_of(pieces->host, FitsInHost))
-        return Fail(FailureKind::BadArgument, std::string(field));
+        return NoHost(field);
     std::uint16_t port = security == Security::Implicit ? kImplicitPort : kPort;
     if (pieces->port) {
         const auto said = ParsePort(*pieces->port);
-        if (!said) return Fail(FailureKind::BadArgument, std::string(field));
+        if (!said) return NoHost(field);
         port = *said;
     }
     return ServerAddress{{std::string(pieces->host), port}, security};
