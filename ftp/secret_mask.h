@@ -16,7 +16,7 @@ class SecretMask {
     void Set(const std::string& user, const std::vector<std::string>& secrets);
     void Clear();
 
-    /// A line of a reply; its code stays.
+    /// A line of a reply; its code stays, also where a secret would begin in it.
     std::string Reply(const std::string& line) const;
     /// A command as the trace shows it; its verb stays.
     std::string Command(const std::string& line) const;

@@ -61,13 +61,31 @@ TEST(SecretMask, KeepsCodesAndVerbs) {
     mask.Set("", {"2", "CWD", "*"});
     EXPECT_EQ(mask.Reply("220 2"), "220 ****");
     EXPECT_EQ(mask.Reply("2"), "****") << "no code";
+    EXPECT_EQ(mask.Reply("2201"), "********01") << "no code";
+    EXPECT_EQ(mask.Reply("222"), "222");
+    EXPECT_EQ(mask.Command(""), "");
     EXPECT_EQ(mask.Command("CWD CWD"), "CWD ****");
     EXPECT_EQ(mask.Command("CWD"), "CWD");
     EXPECT_EQ(mask.Command("RETR 2.txt"), "RETR ****.txt");
     EXPECT_EQ(mask.Command("PASS ****"), "PASS ****");
     EXPECT_EQ(mask.Command("ACCT ****"), "ACCT ****");
     mask.Set("", {"220 a"});
-    EXPECT_EQ(mask.Reply("220 a"), "****") << "reaches beyond the code";
+    EXPECT_EQ(mask.Reply("220 a"), "220 ****") << "begins in the code";
+    EXPECT_EQ(mask.Words("220 a"), "****");
+    mask.Set("", {"0 x"});
+    EXPECT_EQ(mask.Reply("550 x"), "550 ****");
+    EXPECT_EQ(mask.Reply("550-x 0 x"), "550-x ****");
+    EXPECT_EQ(mask.Command("A0 xy"), "A0 ****y");
+    mask.Set("", {"0 "});
+    EXPECT_EQ(mask.Reply("550 x"), "550 x");
+}
+
+TEST(SecretMask, EndsWhateverTheSecretIs) {
+    SecretMask mask;
+    mask.Set("", {"\xEF\xBB\xBF"});
+    EXPECT_EQ(mask.Words("530 \xEF\xBB\xBF, x"), "530 ****, x");
+    mask.Set("", {"\xFF", "\xC2\x81"});
+    EXPECT_EQ(mask.Words("\xFF \xC2\x81 x"), "**** **** x");
 }
 
 }  // namespace
