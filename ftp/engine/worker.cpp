@@ -88,11 +88,11 @@ class Worker::Core : private Events, private LaneEvents {
         lanes_.Drop();
         room_.cancel();
         if (carrying_) return;  // what runs ends by itself, and tells
-        idle_watch_.reset();
-        session_.Forget();
-        session_.dropped = closing_;
         request_ = 0;
         TellWhetherConnected();
+        if (idling_) return EndIdling();  // a NOOP may be under way
+        session_.Forget();
+        session_.dropped = closing_;
     }
     void BatchTaken() {
         --batches_;
@@ -149,7 +149,7 @@ class Worker::Core : private Events, private LaneEvents {
             if (!open) co_return open;
         }
         session_.risk = {};
-        session_.heard = has_listed_ = false;
+        session_.heard = has_listed_ = has_moved_ = false;
         const Request once_more = request;
         const auto outcome = co_await CarryOutOnce(std::move(request));
         if (outcome || !needs_server || !MayRepeat(outcome.error())) co_return outcome;
@@ -176,7 +176,7 @@ class Worker::Core : private Events, private LaneEvents {
     /// An operation that met a session which was dead already, and that has certainly changed nothing.
     bool MayRepeat(const Failure& failure) const {
         if (session_.Alive() || !CanReopen(session_) || CalledOff()) return false;
-        if (has_listed_ || !session_.risk.None()) return false;
+        if (has_listed_ || has_moved_ || !session_.risk.None()) return false;
         const bool goodbye = failure.kind == FailureKind::Refused && failure.code == 421;
         return goodbye || (WasLetDown(failure) && !session_.heard);
     }
@@ -293,6 +293,8 @@ class Worker::Core : private Events, private LaneEvents {
         }
         if (!session_.dropped && session_.control && !session_.control->Open()) co_await HearOut(session_);
         if (wants_idle_) Lose();
+        if (!session_.LoggedIn()) session_.Forget();
+        if (!carrying_) session_.dropped = closing_;
         idling_ = false;
         idle_over_.cancel();
     }
@@ -427,7 +429,9 @@ class Worker::Core : private Events, private LaneEvents {
 
     void TellWhetherConnected() {
         const bool connected = session_.LoggedIn();
-        if (std::exchange(connected_, connected) != connected)
+        const bool otherwise_safe = connected && told_tls_ != session_.tls_version;
+        told_tls_ = session_.tls_version;
+        if (std::exchange(connected_, connected) != connected || otherwise_safe)
             Tell(SessionChanged{connected, session_.features.utf8, session_.tls_version});
     }
 
@@ -445,6 +449,7 @@ class Worker::Core : private Events, private LaneEvents {
         if (!is_listing_ && !aside_) Tell(ftp::TransferStarted{size});
     }
     void Moved(std::int64_t bytes) override {
+        has_moved_ |= bytes > 0;
         if (!aside_) bytes_->store(bytes, std::memory_order_relaxed);
     }
     void Secured(const std::string& version, const Certificate& certificate) override {
@@ -497,12 +502,14 @@ class Worker::Core : private Events, private LaneEvents {
     bool carrying_ = false;
     bool is_listing_ = false;
     bool has_listed_ = false;        // lines have been handed over
+    bool has_moved_ = false;         // so have bytes of a file
     bool reopening_failed_ = false;  // and is not tried a second time
     bool keep_alive_ = false;
     bool wants_idle_ = false;  // nothing runs or waits
     bool idling_ = false;      // somebody looks after the idle session
     bool server_left_ = false;
     bool connected_ = false;
+    std::string told_tls_;  // the version that was told last
     bool closing_ = false;
     std::thread thread_;  // last: starts when all the rest is there
 };

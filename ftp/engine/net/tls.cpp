@@ -10,6 +10,7 @@
 #include <cstring>
 #include <deque>
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -31,7 +32,9 @@ using TlsSession = std::unique_ptr<SSL_SESSION, Freed<SSL_SESSION_free>>;
 using Method = std::unique_ptr<BIO_METHOD, Freed<BIO_meth_free>>;
 
 constexpr std::size_t kControlBuffer = 20 * 1024;  // a record and its overhead
+constexpr std::size_t kPiece = 64 * 1024;          // of a file: on a slow line, too, it is soon gone
 constexpr std::size_t kMostTickets = 8;
+constexpr int kMostRounds = 4;
 constexpr std::size_t kDataBuffer = 256 * 1024;  // one system call for many records
 
 /// "fe80::1%eth0" and "host." are the same to a certificate as without what follows.
@@ -52,13 +55,18 @@ Failure LastFailure() {
 
 class TlsStream;
 
+namespace {
+
+BIO_METHOD* StreamMethod();
+
+}  // namespace
+
 struct TlsClient::Shared {
     Shared();
     void Keep(SSL_SESSION* session);
     TlsSession SessionToResume();
 
     Context context;
-    Method method;
     std::string host;         // that the control connection is to
     std::string fingerprint;  // of its certificate
 
@@ -78,8 +86,9 @@ class TlsStream : public SecureStream {
           plain_(std::move(plain)),
           tls_(SSL_new(shared.context.get())),
           control_(control),
-          incoming_(control ? kControlBuffer : kDataBuffer) {
-        BIO* const bytes = BIO_new(shared.method.get());
+          size_(control ? kControlBuffer : kDataBuffer),
+          incoming_(std::make_unique_for_overwrite<char[]>(size_)) {
+        BIO* const bytes = BIO_new(StreamMethod());
         BIO_set_data(bytes, this);
         BIO_set_init(bytes, 1);
         SSL_set_bio(tls_.get(), bytes, bytes);
@@ -95,13 +104,16 @@ class TlsStream : public SecureStream {
     ~TlsStream() override { SSL_set_shutdown(tls_.get(), SSL_SENT_SHUTDOWN | SSL_RECEIVED_SHUTDOWN); }
 
     Task<> Connected() override {
-        const auto stands = co_await plain_->Connected();
-        if (!stands) co_return stands;
+        bool stands = false;
         for (;;) {
-            ERR_clear_error();
+            ERR_clear_error();  // the first hello is made while the connection is still on its way
             const int done = SSL_do_handshake(tls_.get());
             const int error = SSL_get_error(tls_.get(), done);
             const Failure failure = done == 1 ? Failure{} : LastFailure();
+            if (!std::exchange(stands, true)) {
+                const auto connected = co_await plain_->Connected();
+                if (!connected) co_return connected;
+            }
             const auto flushed = co_await Flush();  // an alert, too, says why
             if (done == 1) break;
             if (error != SSL_ERROR_WANT_READ) co_return Fail(failure);
@@ -117,9 +129,8 @@ class TlsStream : public SecureStream {
         for (;;) {
             const std::size_t got = Decrypt(into);
             if (got > 0) co_return got;
-            const int error = SSL_get_error(tls_.get(), -1);
-            if (error == SSL_ERROR_ZERO_RETURN) co_return 0;
-            if (error != SSL_ERROR_WANT_READ) co_return Fail(LastFailure());
+            if (broken_) co_return Fail(*broken_);
+            if (ended_) co_return 0;
             const auto answered = co_await Flush();  // the peer may ask for new keys
             if (!answered) co_return Fail(answered.error());
             const auto fetched = co_await Fetch();
@@ -134,10 +145,10 @@ class TlsStream : public SecureStream {
     }
 
     Task<std::size_t> Send(SourceFile& file, std::size_t limit) override {
-        clear_.resize(kDataBuffer);
-        const auto got = file.Read({clear_.data(), std::min(limit, clear_.size())});
+        if (!clear_) clear_ = std::make_unique_for_overwrite<char[]>(kPiece);
+        const auto got = file.Read({clear_.get(), std::min(limit, kPiece)});
         if (!got) co_return Fail(got.error());
-        const auto written = co_await Write(asio::buffer(clear_.data(), *got));
+        const auto written = co_await Write(asio::buffer(clear_.get(), *got));
         if (!written) co_return Fail(written.error());
         co_return *got;
     }
@@ -166,7 +177,7 @@ class TlsStream : public SecureStream {
     // What OpenSSL reads and writes.
     int Take(char* into, int size) {
         const std::size_t count = std::min(static_cast<std::size_t>(size), fetched_ - taken_);
-        std::memcpy(into, incoming_.data() + taken_, count);
+        std::memcpy(into, incoming_.get() + taken_, count);
         taken_ += count;
         return static_cast<int>(count);
     }
@@ -213,19 +224,27 @@ class TlsStream : public SecureStream {
     void TakeTickets() {
         if (control_ || !seen_ || std::exchange(closed_, true)) return;
         char nothing = 0;
-        while (taken_ == fetched_ && (fetched_ = plain_->ReadAtOnce(asio::buffer(incoming_))) > 0) {
+        for (int rounds = 0; rounds < kMostRounds && taken_ == fetched_; ++rounds) {
             taken_ = 0;
-            Decrypt(asio::buffer(&nothing, 1));
+            fetched_ = plain_->ReadAtOnce(Incoming());
+            if (fetched_ > 0) Decrypt(asio::buffer(&nothing, 1));
         }
     }
 
-    /// As much as is here; 0 when there is nothing, and SSL_get_error tells why.
+    /// As much as is here. What comes behind it is kept: OpenSSL tells it once only.
     std::size_t Decrypt(asio::mutable_buffer into) {
         std::size_t total = 0;
-        for (std::size_t got = 0; total < into.size(); total += got) {
+        while (total < into.size() && !broken_ && !ended_) {
             ERR_clear_error();
+            std::size_t got = 0;
             auto* const place = static_cast<char*>(into.data()) + total;
-            if (SSL_read_ex(tls_.get(), place, into.size() - total, &got) != 1) break;
+            const int done = SSL_read_ex(tls_.get(), place, into.size() - total, &got);
+            total += got;
+            if (done == 1) continue;
+            const int error = SSL_get_error(tls_.get(), done);
+            if (error == SSL_ERROR_WANT_READ) break;
+            ended_ = error == SSL_ERROR_ZERO_RETURN;
+            if (!ended_) broken_ = LastFailure();
         }
         return total;
     }
@@ -252,10 +271,12 @@ class TlsStream : public SecureStream {
         co_return outcome;
     }
 
+    asio::mutable_buffer Incoming() const { return asio::buffer(incoming_.get(), size_); }
+
     /// The next bytes from the peer; all that came before have been taken.
     Task<std::size_t> Fetch() {
         taken_ = fetched_ = 0;
-        const auto got = co_await plain_->Read(asio::buffer(incoming_));
+        const auto got = co_await plain_->Read(Incoming());
         if (got) fetched_ = *got;
         co_return got;
     }
@@ -266,13 +287,16 @@ class TlsStream : public SecureStream {
     const bool control_;
     bool seen_ = false;  // the peer's certificate
     bool closed_ = false;
+    bool ended_ = false;             // close_notify has come
+    std::optional<Failure> broken_;  // what came is not TLS, or an alert
     bool flushing_ = false;
     Certificate certificate_;
-    std::vector<int> faults_;     // of the certificate, as the verification has found them
-    std::vector<char> incoming_;  // from the peer; taken_ to fetched_ is still to be decrypted
+    std::vector<int> faults_;  // of the certificate, as the verification has found them
+    const std::size_t size_;
+    std::unique_ptr<char[]> incoming_;  // from the peer; taken_ to fetched_ is still to be decrypted
     std::size_t taken_ = 0, fetched_ = 0;
     std::vector<char> outgoing_, sending_;  // to the peer: to be sent, and being sent
-    std::vector<char> clear_;               // of a file, to be encrypted
+    std::unique_ptr<char[]> clear_;         // a piece of a file, to be encrypted
 };
 
 namespace {
@@ -298,6 +322,18 @@ long ControlBytes(BIO*, int command, long, void*) {
     return command == BIO_CTRL_FLUSH ? 1 : 0;
 }
 
+/// For the whole process: OpenSSL has few kinds to give.
+BIO_METHOD* StreamMethod() {
+    static const Method method = [] {
+        Method made(BIO_meth_new(BIO_get_new_index() | BIO_TYPE_SOURCE_SINK, "stream"));
+        BIO_meth_set_read(made.get(), ReadBytes);
+        BIO_meth_set_write(made.get(), WriteBytes);
+        BIO_meth_set_ctrl(made.get(), ControlBytes);
+        return made;
+    }();
+    return method.get();
+}
+
 /// What is wrong with the certificate is noted, and the handshake goes on.
 int NoteFault(int passed, X509_STORE_CTX* store) {
     if (passed == 1) return 1;
@@ -313,13 +349,7 @@ int NoteSession(SSL* tls, SSL_SESSION* session) {
 
 }  // namespace
 
-TlsClient::Shared::Shared()
-    : context(SSL_CTX_new(TLS_client_method())),
-      method(BIO_meth_new(BIO_get_new_index() | BIO_TYPE_SOURCE_SINK, "stream")) {
-    BIO_meth_set_read(method.get(), ReadBytes);
-    BIO_meth_set_write(method.get(), WriteBytes);
-    BIO_meth_set_ctrl(method.get(), ControlBytes);
-
+TlsClient::Shared::Shared() : context(SSL_CTX_new(TLS_client_method())) {
     SSL_CTX* const tls = context.get();
     SSL_CTX_set_min_proto_version(tls, TLS1_2_VERSION);
     SSL_CTX_set_options(tls, SSL_OP_NO_RENEGOTIATION);

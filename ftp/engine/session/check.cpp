@@ -8,15 +8,14 @@ namespace ftp {
 namespace {
 
 /// Whether the server has another size for a file than was sent.
-bool Differs(Session& session, const Reply& reply, std::int64_t bytes) {
-    if (reply.code == 500 || reply.code == 502) session.habits.refuses_size = true;
+bool Differs(const Reply& reply, std::int64_t bytes) {
     const auto size = ParseSizeReply(reply);
     return size && *size != bytes;
 }
 
 /// Whether nothing is left to ask about the file.
 bool Settle(Session& session, Unchecked& file, const Reply& reply, LeavesDirectory leaves) {
-    if (!Differs(session, reply, file.bytes) || file.overwritten) return true;
+    if (!Differs(reply, file.bytes) || file.overwritten) return true;
     const std::string directory = session.directory.value_or(std::string());
     const bool out_of_reach = leaves == LeavesDirectory::Yes && directory.empty();
     if (file.doubted || out_of_reach) {
@@ -31,7 +30,7 @@ bool Settle(Session& session, Unchecked& file, const Reply& reply, LeavesDirecto
 }  // namespace
 
 bool CanCheck(const Session& session) {
-    return session.features.size && !session.habits.refuses_size;
+    return session.features.size;
 }
 
 std::vector<Command> CheckQuestions(const Session& session) {
@@ -79,7 +78,7 @@ Task<> CheckNow(Session& session, std::string remote, std::int64_t bytes) {
         if (!CanCheck(session)) co_return Result<>{};
         const auto reply = co_await session.Ask("SIZE", remote);
         if (!reply) co_return Fail(reply.error());
-        if (!Differs(session, *reply, bytes)) co_return Result<>{};
+        if (!Differs(*reply, bytes)) co_return Result<>{};
     }
     co_return Fail(FailureKind::NotKept, remote);
 }

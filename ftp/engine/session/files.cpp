@@ -22,9 +22,13 @@ Task<> PutOff(Session& session, std::string_view verb, const std::string& name) 
     if (name.empty()) co_return Fail(FailureKind::BadArgument);
     auto command = MakeCommand(verb, name);
     if (!command) co_return Fail(command.error());
+    // Before this one joins them: a step that fails must not be among what is tried again.
+    if (session.put_off.size() >= kMostPutOff) {
+        const auto caught_up = co_await session.CatchUp();
+        if (!caught_up) co_return caught_up;
+    }
     session.put_off.push_back(std::move(*command));
-    if (session.put_off.size() < kMostPutOff) co_return Result<>{};
-    co_return co_await session.CatchUp();
+    co_return Result<>{};
 }
 
 /// CWD, and PWD in the same packet: it is always known where the session is.

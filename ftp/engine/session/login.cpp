@@ -110,29 +110,36 @@ Task<> Secure(Session& session, const Access& who) {
     session.tls_version = secured->Version();
     const Certificate& certificate = secured->PeerCertificate();
     session.events.Secured(session.tls_version, certificate);
-    if (!certificate.Valid() && certificate.fingerprint != who.trusted)
-        co_return Fail(FailureKind::NotTrusted);
+    const bool trusted = !who.trusted.empty() && certificate.fingerprint == who.trusted;
+    if (!certificate.Valid() && !trusted) co_return Fail(FailureKind::NotTrusted);
     co_return Result<>{};
 }
 
 /// AUTH TLS (RFC 4217 section 4). A server that knows nothing of it is spoken to in plain text, where that
 /// has not been ruled out.
-Task<> AskForTls(Session& session, Conversation& talk, const Commands& commands, const Access& who) {
+Task<> AskForTls(Session& session, Conversation& talk, const Commands& commands, Access& who) {
     const auto answer = co_await talk.Answer(commands.auth);
     if (!answer) co_return Fail(answer.error());
-    if (answer->code == 234) co_return co_await Secure(session, who);
+    if (answer->code == 234) {
+        who.had_tls = true;  // whatever becomes of it: a second attempt does not do with less
+        co_return co_await Secure(session, who);
+    }
+    const bool unknown = answer->code / 100 == 5;  // anything else is from a server that has it, but not now
     const bool demanded = who.server.security == Security::Explicit || who.had_tls;
-    if (demanded) co_return Fail(FailureKind::NotEncrypted, RefusalOf(*answer).detail);
+    if (demanded || !unknown) co_return Fail(FailureKind::NotEncrypted, RefusalOf(*answer).detail);
     session.control->ReadFreely();
     co_return Result<>{};
 }
 
 /// PBSZ, PROT P: files and listings are protected, too, or there is no session.
+/// A server that wants to know first who asks is asked once more, in the other order.
 Task<> ProtectData(Conversation& talk, const Commands& commands) {
     const auto buffer = co_await talk.Answer(commands.buffer);
     if (!buffer) co_return Fail(buffer.error());
     const auto protect = co_await talk.Answer(commands.protect);
     if (!protect) co_return Fail(protect.error());
+    const bool too_early = talk.Ahead() && (protect->code == 503 || protect->code == 530);
+    if (too_early) co_return Fail(FailureKind::Protocol);
     if (!protect->Completed()) co_return Fail(RefusalOf(*protect));
     co_return Result<>{};
 }
@@ -191,7 +198,7 @@ Task<> Prepare(Session& session, Conversation& talk, const Commands& commands) {
     co_return Result<>{};
 }
 
-Task<> Attempt(Session& session, const Access& who, const Commands& commands, bool ahead) {
+Task<> Attempt(Session& session, Access& who, const Commands& commands, bool ahead) {
     session.Forget();
     session.habits.one_at_a_time = !ahead;
     const auto connected = co_await Connect(session, who);

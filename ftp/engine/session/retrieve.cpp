@@ -68,7 +68,17 @@ class Download {
         if (again_) offset_ = 0;
         if (again_) co_return outcome;
         size_ = transfer.AskedSize();
-        co_return Judge(std::move(outcome), transfer.StatedSize());
+        outcome = Judge(std::move(outcome), transfer.StatedSize());
+        if (outcome && size_ && total_ > *size_) outcome = co_await HasGrown();
+        co_return outcome;
+    }
+
+    /// More than was stated: a file that has grown meanwhile, or one with something else in front of it.
+    Task<> HasGrown() {
+        const auto reply = co_await session_.Ask("SIZE", remote_);
+        if (!reply) co_return Fail(reply.error());
+        if (ParseSizeReply(*reply).value_or(0) < total_) co_return Fail(FailureKind::CutShort, remote_);
+        co_return Result<>{};
     }
 
     /// The stated size decides where the data have ended without a word; a server that has confirmed them

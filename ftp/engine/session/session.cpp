@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <iterator>
 #include <utility>
 
@@ -34,9 +35,12 @@ Task<> Session::Send(std::vector<Command> commands) {
 }
 
 Task<Reply> Session::ReceiveFinal(std::chrono::milliseconds limit) {
+    const auto end = std::chrono::steady_clock::now() + limit;  // however much comes that is no answer
     for (;;) {
-        auto reply = co_await control->Receive(limit);
+        const auto left = end - std::chrono::steady_clock::now();
+        auto reply = co_await control->Receive(std::chrono::ceil<std::chrono::milliseconds>(left));
         if (reply && reply->Preliminary()) continue;
+        if (!control) co_return Fail(FailureKind::Cancelled);  // dropped meanwhile
         const bool goodbye = reply && reply->code == 421;
         const bool late = !reply && reply.error().kind == FailureKind::TimedOut;
         if (goodbye || late) control->Close();
@@ -89,7 +93,7 @@ Task<> Session::Do(std::string_view verb, std::string_view argument) {
 asio::awaitable<void> Session::KeepAwake() {
     std::vector<Command> commands{*MakeCommand("NOOP")};
     const auto sent = co_await Send(std::move(commands));
-    if (!sent) co_return;
+    if (!sent || !control) co_return;
     [[maybe_unused]] const auto awake = co_await ReceiveFinal(deadlines.ahead);  // closes it if it is late
 }
 

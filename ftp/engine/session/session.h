@@ -26,7 +26,6 @@ struct Habits {
     bool overtakes = false;      // answers a command while the one before it still runs
     bool refuses_epsv = false;
     bool refuses_pasv = false;
-    bool refuses_size = false;
 };
 
 /// An upload that the server has confirmed and whose size there is still to be compared with what was sent.

@@ -6,6 +6,7 @@
 namespace ftp {
 namespace {
 
+constexpr std::int64_t kLarge = 256 * 1024;      // bytes: in a run, a smaller file is soon sent again
 constexpr std::size_t kPiece = 4 * 1024 * 1024;  // at most this much for one call of sendfile
 
 Task<> Push(Transfer& transfer, SourceFile& source, std::int64_t& total) {
@@ -39,7 +40,6 @@ class Upload {
             if (outcome || !IsWorthAnother(tries, outcome.error())) co_return outcome;
             const auto ready = co_await PrepareNext(tries, outcome.error());
             if (!ready) co_return ready;
-            if (whole_) co_return Result<>{};
         }
     }
 
@@ -48,10 +48,7 @@ class Upload {
     Task<> Attempt() {
         const bool resumes = offset_ > 0;
         begun_ = again_ = false;
-        auto source = session_.files.OpenSource(local_path_);
-        if (!source) co_return Fail(source.error());
-        size_ = (*source)->Size();
-        const auto placed = resumes ? (*source)->Seek(offset_) : Result<>{};
+        const auto placed = PlaceSource();
         if (!placed) co_return placed;
         auto command = MakeCommand(resumes ? "APPE" : "STOR", remote_);
         if (!command) co_return Fail(command.error());
@@ -59,8 +56,12 @@ class Upload {
         sent_ = offset_;
         Transfer transfer(session_, mode_, offset_);
         transfer.StateSize(size_);
-        auto moved = co_await transfer.Start(std::move(*command));
-        if (moved) moved = co_await Push(transfer, **source, sent_);
+        std::string size_of;
+        if (!knows_before_ && (!session_.in_run || size_ >= kLarge)) size_of = remote_;
+        auto moved = co_await transfer.Start(std::move(*command), size_of);
+        if (transfer.HasAskedSize() && !knows_before_) before_ = transfer.AskedSize();
+        knows_before_ |= transfer.HasAskedSize();
+        if (moved) moved = co_await Push(transfer, *source_, sent_);
         auto outcome = co_await transfer.Finish(std::move(moved));
         begun_ = transfer.Begun();
         const bool not_appended = resumes && !begun_ && !outcome && outcome.error().code / 100 == 5;
@@ -69,6 +70,16 @@ class Upload {
         if (again_ || !outcome) co_return outcome;
         session_.events.Moved(sent_);
         co_return co_await Check();
+    }
+
+    /// The same file for every try, whatever has its name by then.
+    Result<> PlaceSource() {
+        if (source_) return source_->Seek(offset_);
+        auto source = session_.files.OpenSource(local_path_);
+        if (!source) return Fail(source.error());
+        source_ = std::move(*source);
+        size_ = source_->Size();
+        return {};
     }
 
     /// Whether the server has kept what it has confirmed; in a run that shows with what follows.
@@ -80,7 +91,7 @@ class Upload {
         co_return Result<>{};
     }
 
-    bool IsWorthAnother(const Tries& tries, const Failure& failure) const {
+    bool IsWorthAnother(Tries& tries, const Failure& failure) const {
         if (failure.kind == FailureKind::NotKept) return offset_ > 0;  // what was there did not fit together
         return tries.IsWorth(failure, begun_ && sent_ > offset_);
     }
@@ -108,11 +119,13 @@ class Upload {
             if (!reply && !tries.IsWorth(reply.error(), true)) co_return Fail(reply.error());
             if (!reply) why = reply.error();
             if (!reply) continue;
-            // More than was sent is another file.
+            // More than was sent is another file. The size from before may be that of the old file, which
+            // some servers keep until the new one is whole.
             const auto kept = ParseSizeReply(*reply);
-            if (kept && *kept <= sent_) offset_ = *kept;
-            whole_ = offset_ > 0 && offset_ == size_;
-            if (whole_) session_.events.Moved(size_);
+            const bool ours = knows_before_ && kept && kept != before_ && *kept <= sent_;
+            const bool turned_down = ours && kept == size_ && why.kind == FailureKind::Refused;
+            if (turned_down) co_return Fail(std::move(why));
+            if (ours) offset_ = *kept;  // also when that is all: it is still to be confirmed
             co_return Result<>{};
         }
     }
@@ -125,7 +138,9 @@ class Upload {
     std::int64_t size_ = 0;    // of the file
     bool begun_ = false;       // the server has said that it takes the file
     bool again_ = false;       // at once, and it does not count
-    bool whole_ = false;       // all of it had arrived
+    std::unique_ptr<SourceFile> source_;
+    std::optional<std::int64_t> before_;  // the size of what had its name on the server before
+    bool knows_before_ = false;
 };
 
 }  // namespace

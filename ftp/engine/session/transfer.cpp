@@ -93,6 +93,7 @@ std::optional<std::uint16_t> Transfer::ReadyPort() {
 
 Task<> Transfer::SendCommands(std::vector<Command> commands) {
     commanded_ = true;
+    between_ = false;
     const auto sent = co_await session_.Send(std::move(commands));
     if (!sent) co_return sent;
     watch_.emplace(
@@ -122,12 +123,13 @@ Task<> Transfer::AwaitBegin() {
 }
 
 bool Transfer::AsksSize(const std::string& size_of) const {
-    return mode_.image && !size_of.empty() && session_.features.size && !session_.habits.refuses_size;
+    return mode_.image && !size_of.empty() && session_.features.size;
 }
 
 void Transfer::SetSize(const Reply& reply) {
-    stated_ = asked_ = ParseSizeReply(reply);
-    if (reply.code == 500 || reply.code == 502) session_.habits.refuses_size = true;
+    asked_ = ParseSizeReply(reply);
+    has_asked_ = true;
+    if (!uploads_) stated_ = asked_;
 }
 
 Command Transfer::AskPort() const {
@@ -181,6 +183,7 @@ Task<> Transfer::AskAhead(const std::string& size_of) {
 Task<> Transfer::AskToContinue() {
     cannot_continue_ = true;
     if (asked_ != continues_) co_return Fail(FailureKind::CutShort);  // another file by now
+    between_ = true;
     const auto reply = co_await session_.Ask("REST", std::to_string(offset_));
     if (!reply) cannot_continue_ = false;
     if (!reply) co_return Fail(reply.error());
@@ -383,25 +386,36 @@ Task<> Transfer::BackInStep() {
             const auto reply = co_await control.Receive();
             if (!reply) co_return Fail(reply.error());
         }
+        if (!between_) co_return Result<>{};
+        // Else the next transfer would begin where this one was to.
+        const auto from_the_start = co_await session_.Ask("REST", "0");
+        if (!from_the_start) co_return Fail(from_the_start.error());
         co_return Result<>{};
     }
     // Servers answer ABOR with one reply or two, in either order, or swallow what follows it in the same
     // packet. So: one reply first, then NOOP.
     const auto aborted = co_await session_.Ask("ABOR");
     if (!aborted) co_return Fail(aborted.error());
-    co_return co_await ReadUpToNoop();
+    const auto more = co_await ReadUpToNoop();
+    if (!more) co_return Fail(more.error());
+    // A 225 alone says that there was nothing to end. What had been accepted may then still come, over the
+    // data connection of the next transfer (pyftpdlib).
+    const bool ended = aborted->code != 225 || *more > 0 || arrived_.Final() || overtaken_;
+    if (!ended) co_return Fail(FailureKind::Protocol);
+    co_return Result<>{};
 }
 
-/// NOOP, whose 200 is the last reply that is due.
-Task<> Transfer::ReadUpToNoop() {
+/// NOOP, whose 200 is the last reply that is due. How many have come before it.
+Task<int> Transfer::ReadUpToNoop() {
     Control& control = *session_.control;
     const Deadline deadline(session_.transport.Executor(), session_.deadlines.abort,
                             [&control] { control.Close(); });
     auto reply = co_await session_.Ask("NOOP");
-    while (reply && reply->code != 200 && control.Owes()) reply = co_await control.Receive();
+    int before = 0;
+    for (; reply && reply->code != 200 && control.Owes(); ++before) reply = co_await control.Receive();
     if (!reply) co_return Fail(reply.error());
     control.Settle();
-    co_return Result<>{};
+    co_return before;
 }
 
 }  // namespace ftp

@@ -40,11 +40,15 @@ class Transfer {
     void Continue(std::int64_t size) { continues_ = size; }
     bool CannotContinue() const { return cannot_continue_; }
     /// The size of an upload, before Start.
-    void StateSize(std::int64_t size) { stated_ = size; }
+    void StateSize(std::int64_t size) {
+        stated_ = size;
+        uploads_ = true;
+    }
     /// The size of a download that the server has stated, so far.
     std::optional<std::int64_t> StatedSize() const { return stated_; }
-    /// What SIZE has said.
+    /// What SIZE has said, and whether it has been asked; of an upload, what was there before.
     std::optional<std::int64_t> AskedSize() const { return asked_; }
+    bool HasAskedSize() const { return has_asked_; }
     /// Whether the server has said that it begins (1xx).
     bool Begun() const { return arrived_.Begun(); }
     /// Something moved: `bytes` in all, those before the offset included.
@@ -79,7 +83,7 @@ class Transfer {
     Task<> AwaitFinal();
     asio::awaitable<void> AwaitNextPort();
     Task<> BackInStep();
-    Task<> ReadUpToNoop();
+    Task<int> ReadUpToNoop();
     void See(const Reply& reply);
 
     Session& session_;
@@ -94,6 +98,9 @@ class Transfer {
     std::optional<std::int64_t> continues_;  // the size that the file must have for that
     std::int64_t told_;                      // bytes that Moved has told of
     bool cannot_continue_ = false;
+    bool between_ = false;    // REST has left, and what it is for has not
+    bool has_asked_ = false;  // SIZE, and it has been answered
+    bool uploads_ = false;
     std::size_t checks_ = 0;           // sizes of files that went before, whose answers are to come
     TransferReplies arrived_, taken_;  // replies as they come, and those that have been taken in turn
     bool commanded_ = false;           // the transfer command has left

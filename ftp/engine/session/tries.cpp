@@ -5,6 +5,7 @@
 #include <asio/use_awaitable.hpp>
 #include <utility>
 
+#include "ftp/engine/net/deadline.h"
 #include "ftp/engine/session/interlude.h"
 #include "ftp/engine/session/reopen.h"
 
@@ -15,8 +16,9 @@ constexpr int kMostTries = 3;
 
 }  // namespace
 
-bool Tries::IsWorth(const Failure& failure, bool moved) const {
-    if (!moved || !session_.access || session_.dropped) return false;
+bool Tries::IsWorth(const Failure& failure, bool moved) {
+    has_moved_ |= moved;
+    if (!has_moved_ || !session_.access || session_.dropped) return false;
     switch (failure.kind) {
         case FailureKind::ConnectionLost:
         case FailureKind::TimedOut:
@@ -63,9 +65,11 @@ Task<Reply> Tries::AskSize(std::string remote) {
     auto reply = co_await session_.Ask("SIZE", remote);
     control.EndInterruption();
     if (!interlude.CalledOff()) co_return reply;
+    const Deadline deadline(session_.transport.Executor(), session_.deadlines.abort,
+                            [&control] { control.Close(); });
     while (control.Owes() && control.Open()) {
-        const auto due = co_await control.Receive(session_.deadlines.abort);
-        if (!due) control.Close();
+        const auto due = co_await control.Receive();
+        if (!due) break;
     }
     co_return Fail(FailureKind::Cancelled);
 }

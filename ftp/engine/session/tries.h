@@ -9,8 +9,9 @@ class Tries {
  public:
     explicit Tries(Session& session) : session_(session) { session_.called_off = false; }
 
-    /// Whether it is worth while: the failure is a break, not a refusal, and bytes have moved.
-    bool IsWorth(const Failure& failure, bool moved) const;
+    /// Whether it is worth while: the failure is a break, not a refusal, and bytes have moved, in this try or
+    /// in one before.
+    bool IsWorth(const Failure& failure, bool moved);
     /// Whether there has been one besides the first.
     bool Begun() const { return count_ > 0; }
     /// Ends when the next try may begin. Otherwise what is to be told: `why`, when there is none left or no
@@ -24,6 +25,7 @@ class Tries {
 
     Session& session_;
     int count_ = 0;
+    bool has_moved_ = false;
 };
 
 }  // namespace ftp

@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "tests/ftp/engine/worker_client.h"
+#include "tests/support/certificates.h"
 #include "tests/support/scripted_server.h"
 #include "tests/support/scripted_session.h"
 
@@ -271,9 +272,9 @@ TEST_F(Living, FileThatIsNotKeptWholeIsToldAfterASecondQuestion) {
     const Told told = client.Run(Store());
     EXPECT_EQ(told.Kind(), FailureKind::NotKept) << told;
     EXPECT_EQ(told.problems.front().detail, "b.txt");
-    EXPECT_EQ(Count("SIZE b.txt"), 2);
-    server_.At("SIZE b.txt", 3, {Say("213 4")});
-    server_.At("SIZE b.txt", 4, {Proper()});
+    EXPECT_EQ(Count("SIZE b.txt"), 3);  // the first before the upload
+    server_.At("SIZE b.txt", 5, {Say("213 4")});
+    server_.At("SIZE b.txt", 6, {Proper()});
     EXPECT_TRUE(client.Run(Store()).Well()) << "it was behind";
     server_.At("SIZE b.txt", {Say("550 No")});
     EXPECT_TRUE(client.Run(Store()).Well()) << "no number, no verdict";
@@ -435,8 +436,9 @@ TEST_F(Living, UploadThatBreaksGoesOn) {
         WorkerClient& client = Client();
         const int before = Count("STOR"), sizes = Count("SIZE");
         server_.At("STOR", before + 1, breaks[i]);
-        server_.At("SIZE", sizes + 1, {Say("213 4")});
-        server_.At("SIZE", sizes + 2, {Say("213 10")});
+        server_.At("SIZE", sizes + 1, {Say("550 None")});
+        server_.At("SIZE", sizes + 2, {Say("213 4")});
+        server_.At("SIZE", sizes + 3, {Say("213 10")});
         server_.At("APPE", {Say("150 Waiting"), TakeData(7), CloseData(), Say("226 Done")});
         const Told told = client.Run(Store());
         EXPECT_TRUE(told.Well()) << told;
@@ -456,7 +458,8 @@ TEST_F(Living, UploadThatCannotGoOnBeginsAtTheBeginning) {
         WorkerClient& client = Client();
         server_.At("STOR", Count("STOR") + 1,
                    {Say("150 Waiting"), TakeData(4), ResetData(), Say("426 Lost")});
-        server_.At("SIZE", Count("SIZE") + 1, {Say(row.size)});
+        server_.At("SIZE", Count("SIZE") + 1, {Say("550 None")});
+        server_.At("SIZE", Count("SIZE") + 2, {Say(row.size)});
         server_.At("APPE", {Say(row.appe)});
         const int before = Count("APPE");
         const Told told = client.Run(Store());
@@ -471,6 +474,7 @@ TEST_F(Living, UploadThatGetsNoFurtherIsToldWithoutAPause) {
     server_.At("STOR", {Say("150 Waiting"), TakeData(4), ResetData(), Say("451 Full")});
     server_.At("APPE", {Say("150 Waiting"), TakeData(2), ResetData(), Say("451 Full")});
     server_.At("SIZE", {Say("213 4")});
+    server_.At("SIZE", 1, {Say("550 None")});
     const Told told = client.Run(Store());
     EXPECT_EQ(told.Code(), 451) << told;
     EXPECT_EQ(Count("APPE"), 1);
@@ -495,7 +499,7 @@ TEST_F(Living, ConfirmedFileWhoseSessionEndsIsLookedAtAgain) {
     const Told told = client.Run(Store());
     EXPECT_TRUE(told.Well()) << told;
     EXPECT_EQ(Count("STOR"), 1);
-    EXPECT_EQ(Count("SIZE"), 2);
+    EXPECT_EQ(Count("SIZE"), 3);
 }
 
 TEST_F(Living, PauseBetweenTwoTriesEndsAtOnce) {
@@ -537,6 +541,117 @@ TEST_F(Living, LoginBetweenTwoTriesEndsAtOnce) {
         ExpectNoLitter();
         EXPECT_EQ(client.Run(ftp::List{}).Well(), !drops);
     }
+}
+
+TEST_F(Living, UploadThatIsTurnedDownWhenAllHasArrivedIsAFailure) {
+    WorkerClient& client = Client();
+    server_.At("STOR", {Say("150 Waiting"), KeepData(), CloseData(), Say("451 Rejected")});
+    const Told told = client.Run(Store());
+    EXPECT_EQ(told.Code(), 451) << told;
+    EXPECT_EQ(Count("APPE") + Count("STOR"), 1);
+}
+
+TEST_F(Living, OldFileThatTheServerHasKeptIsNotTakenForTheNewOne) {
+    for (const char* old : {"ABCDEFGHIJ", "ABCD"}) {
+        SCOPED_TRACE(old);
+        server_.AddFile("b.txt", old);
+        WorkerClient& client = Client();
+        server_.AtNext("STOR", {Say("150 Waiting"), TakeData(6), ftp_test::Reset()});
+        const Told told = client.Run(Store());
+        EXPECT_TRUE(told.Well()) << told;
+        EXPECT_EQ(server_.File("b.txt"), kBytes);
+        EXPECT_EQ(Count("APPE"), 0);
+    }
+}
+
+TEST_F(Living, UploadGoesOnWithTheFileThatItBeganWith) {
+    WorkerClient& client = Client();
+    server_.At("STOR", 1, {Say("150 Waiting"), TakeData(4), Hold(), ResetData(), Say("426 Lost")});
+    server_.At("SIZE", 2, {Say("213 4")});
+    server_.At("SIZE", 3, {Say("213 10")});
+    server_.At("APPE", {Say("150 Waiting"), KeepData(), CloseData(), Say("226 Done")});
+    client.Start(Store());
+    client.AwaitBytes(10);
+    std::ofstream(folder_ / "new") << "ABCDEFGHIJ";
+    fs::rename(folder_ / "new", folder_ / "source");
+    server_.Release();
+    const Told told = client.Finish();
+    EXPECT_TRUE(told.Well()) << told;
+    EXPECT_EQ(server_.File("b.txt"), kBytes.substr(4));
+}
+
+TEST_F(Living, StepsThatWerePutOffLeaveOnceMoreAsTheyWere) {
+    WorkerClient& client = Client();
+    EXPECT_TRUE(client.Run(ftp::BeginRun{0}).Well());
+    server_.At("CWD", 1, {Say("421 Idle for too long"), Close()});
+    for (int i = 0; i < 16; ++i)
+        EXPECT_TRUE(client.Run(ftp::ChangeDirectory{"d" + std::to_string(i)}).Well()) << i;
+    const Told told = client.Run(ftp::ChangeToParent{});
+    const Told end = client.Run(ftp::List{});
+    EXPECT_TRUE(end.Well()) << end;
+    EXPECT_EQ(std::ranges::count(told.trace, "> CWD ..") + std::ranges::count(end.trace, "> CWD .."), 1)
+        << told << end;
+    client.Run(ftp::EndRun{});
+}
+
+TEST_F(Living, SessionMayBeDroppedWhileItIsKeptAwake) {
+    server_.At("NOOP", {Hold(), Proper()});
+    WorkerClient& client = Client({.idle = 20ms});
+    client.keep_alive = true;
+    EXPECT_TRUE(client.Run(ftp::ChangeToParent{}).Well());
+    EXPECT_TRUE(server_.WaitFor("NOOP"));
+    client.TheWorker().DropSession();
+    client.AwaitConnected(false);
+    EXPECT_EQ(client.Run(ftp::List{}).Kind(), FailureKind::NotConnected);
+    server_.Release();
+}
+
+TEST_F(Living, PreliminaryRepliesDoNotPutTheDeadlineOff) {
+    WorkerClient& client = Client({.reply = 300ms});
+    Script drip;
+    for (int i = 0; i < 50; ++i) {
+        drip.push_back(Say("150 Still at it"));
+        drip.push_back(Pause(100ms));
+    }
+    server_.At("DELE", drip);
+    EXPECT_EQ(client.Run(ftp::DeleteFile{"a.txt"}).Kind(), FailureKind::TimedOut);
+}
+
+class LivingWithTls : public Living {
+ protected:
+    LivingWithTls() {
+        const auto files = Certificates(ServerCertificate::SelfSigned);
+        server_.PutTls(files.certificate, files.key);
+        client_ = std::make_unique<WorkerClient>(ftp::Deadlines{});
+        trusted_ = client_->Connect(server_.HostField()).tls.certificate.fingerprint;
+    }
+    Told Connect() {
+        return client_->Run(ftp::Connect{server_.HostField(), "demo", "demo", {}, false, trusted_});
+    }
+
+    std::string trusted_;
+};
+
+TEST_F(LivingWithTls, ServerThatWantsTheLoginFirstIsAskedInThatOrder) {
+    for (const char* command : {"PBSZ", "PROT"}) server_.AtNext(command, {Say("530 Please log in first")});
+    const Told told = Connect();
+    EXPECT_TRUE(told.Well()) << told;
+    EXPECT_LT(std::ranges::find(told.trace, "> USER demo"), std::ranges::find(told.trace, "< 200 Fine."));
+}
+
+TEST_F(LivingWithTls, SecondAttemptAtALoginDoesNotDoWithoutIt) {
+    server_.AtNext("USER", {ftp_test::Reset()});
+    server_.At("AUTH", 3, {Say("502 What?")});
+    const Told told = Connect();
+    EXPECT_EQ(told.Kind(), FailureKind::NotEncrypted) << told;
+    EXPECT_EQ(Count("USER"), 1);
+}
+
+TEST_F(Living, ServerThatHasTlsButNotNowIsNotSpokenToInPlainText) {
+    server_.At("AUTH", {Say("431 Not now")});
+    client_ = std::make_unique<WorkerClient>(ftp::Deadlines{});
+    EXPECT_EQ(client_->Connect(server_.HostField()).Kind(), FailureKind::NotEncrypted);
+    EXPECT_EQ(Count("USER"), 0);
 }
 
 }  // namespace

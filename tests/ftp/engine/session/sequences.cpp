@@ -36,6 +36,8 @@ const Steps kTooEarly{Command("FEAT"),           Reply("530 Log in first"), Comm
 const Steps kAccount{Command("ACCT konto"), Reply("230 Logged in")};
 const Steps kImage{Command("TYPE I"), Reply("200 Image")};
 const Steps kEpsv{Command("EPSV"), Reply("229 Here (|||5000|)"), DataConnects(5000)};
+/// An upload asks first what is there: what it finds afterwards may be that.
+const Steps kAbsent{Command("SIZE fil.txt"), Optional("550 None")};
 const Steps kNoEpsv{Command("EPSV"), Reply("502 What?")};
 const Steps kPasv{Command("PASV"), Reply("227 Here (10,1,2,3,19,136)"), DataConnects(5000)};
 const Steps kNoPasv{Command("PASV"), Reply("502 What?")};
@@ -201,7 +203,7 @@ std::vector<Sequence> SafeTransfers() {
          safely(ListActively), kGotRows},
         {"store_tls",
          false,
-         kImage + kEpsv + Steps{Command("STOR fil.txt"), Reply("150 Waiting")} + hello +
+         kImage + kAbsent + kEpsv + Steps{Command("STOR fil.txt"), Reply("150 Waiting")} + hello +
              Steps{Takes("uploaded"), TakesEnd(), Reply("226 Done")},
          safely(Store),
          {}},
@@ -236,7 +238,8 @@ std::vector<Sequence> Transfers() {
         DataConnects(5000), Command("SIZE fil.txt"),      Command("RETR fil.txt"), Command("EPSV"),
         Reply("213 10"),    Reply("150 Coming"),          Sends("0123456789"),     Ends(),
         Reply("226 Done"),  Beside("229 Next (|||5000|)")};
-    const Steps once_more{Over(Command("EPSV")), Reply("229 Here (|||5000|)"), DataConnects(5000)};
+    const Steps once_more{Over(Command("SIZE fil.txt")), Optional("213 8"), Command("EPSV"),
+                          Reply("229 Here (|||5000|)"), DataConnects(5000)};
     const Steps stored_in_run{
         DataConnects(5000), Command("SIZE fil.txt"),      Command("STOR fil.txt"), Command("EPSV"),
         Reply("213 8"),     Reply("150 Waiting"),         Takes("uploaded"),       TakesEnd(),
@@ -263,11 +266,11 @@ std::vector<Sequence> Transfers() {
         {"retrieve_without_size", false, kImage + no_size + kEpsv + retrieve, Retrieve, "0123456789"},
         {"retrieve_confirmed_early", false, kImage + size + kEpsv + early_end, Retrieve, "0123456789"},
         {"retrieve_text", false, text + kEpsv + retrieve, RetrieveText, "0123456789"},
-        {"store", false, kImage + kEpsv + store + checked, Store, {}},
-        {"store_kept_late", false, kImage + kEpsv + store + checked_late, Store, {}},
+        {"store", false, kImage + kAbsent + kEpsv + store + checked, Store, {}},
+        {"store_kept_late", false, kImage + kAbsent + kEpsv + store + checked_late, Store, {}},
         {"store_twice",
          false,
-         kImage + kEpsv + store + checked + once_more + store + checked,
+         kImage + kAbsent + kEpsv + store + checked + once_more + store + checked,
          [](Stage& stage) -> ftp::Task<> {
              const auto first = co_await Store(stage);
              if (!first) co_return first;
@@ -278,7 +281,7 @@ std::vector<Sequence> Transfers() {
         {"store_in_run_checked", false, kImage + kEpsv + store_ahead + checked, StoreAndCheck, {}},
         {"store_resumed",
          false,
-         kImage + kEpsv + breaks_up + has_four + kEpsv + goes_on_up + checked,
+         kImage + kAbsent + kEpsv + breaks_up + has_four + kEpsv + goes_on_up + checked,
          WithWayBack(Store),
          {},
          false,
