@@ -109,6 +109,7 @@ class Worker::Core : private Events, private LaneEvents {
         co_await AwaitIdleEnd();
         request_ = request.id;
         is_listing_ = std::holds_alternative<List>(request.operation);
+        is_download_ = std::holds_alternative<ftp::Retrieve>(request.operation);
         keep_alive_ = request.keep_alive;
         Result<> outcome;
         try {
@@ -149,7 +150,7 @@ class Worker::Core : private Events, private LaneEvents {
             if (!open) co_return open;
         }
         session_.risk = {};
-        session_.heard = has_listed_ = has_moved_ = false;
+        session_.heard = has_listed_ = has_fetched_ = false;
         const Request once_more = request;
         const auto outcome = co_await CarryOutOnce(std::move(request));
         if (outcome || !needs_server || !MayRepeat(outcome.error())) co_return outcome;
@@ -176,7 +177,7 @@ class Worker::Core : private Events, private LaneEvents {
     /// An operation that met a session which was dead already, and that has certainly changed nothing.
     bool MayRepeat(const Failure& failure) const {
         if (session_.Alive() || !CanReopen(session_) || CalledOff()) return false;
-        if (has_listed_ || has_moved_ || !session_.risk.None()) return false;
+        if (has_listed_ || has_fetched_ || !session_.risk.None()) return false;
         const bool goodbye = failure.kind == FailureKind::Refused && failure.code == 421;
         return goodbye || (WasLetDown(failure) && !session_.heard);
     }
@@ -449,7 +450,7 @@ class Worker::Core : private Events, private LaneEvents {
         if (!is_listing_ && !aside_) Tell(ftp::TransferStarted{size});
     }
     void Moved(std::int64_t bytes) override {
-        has_moved_ |= bytes > 0;
+        has_fetched_ |= is_download_ && bytes > 0;
         if (!aside_) bytes_->store(bytes, std::memory_order_relaxed);
     }
     void Secured(const std::string& version, const Certificate& certificate) override {
@@ -501,8 +502,9 @@ class Worker::Core : private Events, private LaneEvents {
     int batches_ = 0;
     bool carrying_ = false;
     bool is_listing_ = false;
-    bool has_listed_ = false;        // lines have been handed over
-    bool has_moved_ = false;         // so have bytes of a file
+    bool has_listed_ = false;  // lines have been handed over
+    bool is_download_ = false;
+    bool has_fetched_ = false;       // bytes of the file
     bool reopening_failed_ = false;  // and is not tried a second time
     bool keep_alive_ = false;
     bool wants_idle_ = false;  // nothing runs or waits
