@@ -64,10 +64,21 @@ QString NameCodec::DecodeListing(std::string_view line) {
     const bool ascii = IsAscii(name);
     if (!ascii && !FromUtf8(name)) legacy_ = true;
     // Kept also where Encode would make the same bytes now: a later name may switch to the legacy encoding.
-    if (!ascii || shown != text) {
-        exact_.insert(NameOfListingLine(shown), QByteArray(name.data(), static_cast<qsizetype>(name.size())));
-    }
-    return shown;
+    if (ascii && shown == text) return shown;
+    const QString shown_name = NameOfListingLine(shown);
+    if (Keep(shown_name, name)) return shown;
+    const QString in_bytes = VisibleBytes(name);
+    Keep(in_bytes, name);
+    return shown.chopped(shown_name.size()) + in_bytes;
+}
+
+/// Whether `shown` stands for these bytes alone in this listing.
+bool NameCodec::Keep(const QString& shown, std::string_view name) {
+    const QByteArrayView bytes(name.data(), static_cast<qsizetype>(name.size()));
+    const auto known = exact_.constFind(shown);
+    if (known != exact_.constEnd()) return *known == bytes;
+    exact_.insert(shown, bytes.toByteArray());
+    return true;
 }
 
 QString NameCodec::Decode(std::string_view text) const {

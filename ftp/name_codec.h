@@ -12,10 +12,11 @@ namespace ftp {
 
 /// One per session. Lines that are valid UTF-8 are read as UTF-8, all others as Windows-1252 (undefined bytes
 /// become the C1 control of the same number). They are shown as VisibleText: what hides in a name, or would
-/// turn it around, has a mark in its place. What was shown is what is sent back: the last name of a listing
-/// line goes back as the very bytes it came from, marked or not; names that the user types are sent as UTF-8,
-/// or as Windows-1252 where the server has shown names that are not UTF-8 (and the name can be written so). A
-/// mark in a name that was not in the listing is sent as the characters it consists of.
+/// turn it around, has a mark in its place. A name that would read like an earlier one of its listing, in
+/// UTF-8 the one and not the other, is shown as VisibleBytes. What was shown is what is sent back: the last
+/// name of a listing line goes back as the very bytes it came from, marked or not; names that the user types
+/// are sent as UTF-8, or as Windows-1252 where the server has shown names that are not UTF-8 (and the name
+/// can be written so). A mark in a name that was not in the listing is sent as the characters it consists of.
 class NameCodec {
  public:
     void Reset();       // a new session
@@ -30,6 +31,8 @@ class NameCodec {
     static std::optional<std::string> Legacy(const QString& text);
 
  private:
+    bool Keep(const QString& shown, std::string_view name);
+
     bool legacy_ = false;               // a name that is not UTF-8 has been seen in this session
     QHash<QString, QByteArray> exact_;  // names whose bytes are not what Encode would make of them
 };

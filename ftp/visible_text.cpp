@@ -47,8 +47,16 @@ bool IsPlain(QChar each) {
     return (c >= 0x20 && c < kDelete) || (c > 0xA0 && c < 0x300 && c != 0xAD);
 }
 
+/// "‹80›" to "‹FF›".
+bool IsMarkOfByte(QStringView text) {
+    const auto is_digit = [&](qsizetype place, QStringView digits) { return digits.contains(text[place]); };
+    return text.size() >= 4 && text[0] == u'‹' && is_digit(1, u"89ABCDEF") &&
+           is_digit(2, u"0123456789ABCDEF") && text[3] == u'›';
+}
+
 bool LooksLikeAMark(char32_t c, QStringView from_there) {
-    return (c >= kFirstPicture && c <= kPictureOfDelete) || from_there.startsWith(kMark);
+    return (c >= kFirstPicture && c <= kPictureOfDelete) || from_there.startsWith(kMark) ||
+           IsMarkOfByte(from_there);
 }
 
 void AppendMark(QString& shown, char32_t c) {
@@ -71,6 +79,20 @@ char32_t FirstOf(QStringView text) {
 }
 
 }  // namespace
+
+QString VisibleBytes(std::string_view bytes) {
+    QString shown;
+    for (const char each : bytes) {
+        const auto byte = static_cast<unsigned char>(each);
+        if (byte < 0x20 || byte == kDelete)
+            AppendMark(shown, byte);
+        else if (byte < 0x80)
+            shown += QLatin1Char(each);
+        else
+            shown += u'‹' + QString::number(byte, 16).toUpper() + u'›';
+    }
+    return shown;
+}
 
 QString VisibleText(const QString& text) {
     QStringView rest = text;

@@ -122,6 +122,28 @@ TEST(NameCodec, TellsNamesApartThatLookAlike) {
     EXPECT_EQ(codec.Encode(QStringLiteral("a.txt␁")), "a.txt\xE2\x90\x81") << "typed, not shown";
 }
 
+TEST(NameCodec, ShowsTheBytesOfANameThatReadsLikeAnEarlierOne) {
+    const TextRow rows[] = {
+        {"l\xC3\xB6sen", QStringLiteral("lösen")},
+        {"l\xF6sen", QStringLiteral("l‹F6›sen")},
+        {"l\xE2\x80\xB9\x46\x36\xE2\x80\xBAsen", QStringLiteral("l‹U+2039›F6›sen")},  // a literal "‹F6›"
+        {"\x81", QStringLiteral("‹U+0081›")},
+        {"\xC2\x81", QStringLiteral("‹C2›‹81›")},
+        {"\xF6\x01\x7F", QStringLiteral("ö␁␡")},
+        {"\xC3\xB6\x01\x7F", QStringLiteral("‹C3›‹B6›␁␡")},
+        {"l\xC3\xB6sen", QStringLiteral("lösen")},  // once more
+        {"l\xF6sen", QStringLiteral("l‹F6›sen")},
+    };
+    NameCodec codec;
+    for (const TextRow& row : rows) EXPECT_EQ(codec.DecodeListing("- 1 " + row.bytes), "- 1 " + row.text);
+    for (const TextRow& row : rows) EXPECT_EQ(codec.Encode(row.text), row.bytes) << row.text.toStdString();
+    codec.NewListing();
+    EXPECT_EQ(codec.DecodeListing("- 1 l\xF6sen"), QStringLiteral("- 1 lösen"));
+    EXPECT_EQ(codec.Encode(QStringLiteral("lösen")), "l\xF6sen");
+    codec.Reset();
+    EXPECT_EQ(codec.Encode(QStringLiteral("l‹F6›")), QStringLiteral("l‹F6›").toStdString()) << "typed";
+}
+
 TEST(NameCodec, TakesLongNamesOfAnything) {
     std::string all;
     for (int c = 1; c < 256; ++c) {

@@ -73,19 +73,18 @@ void CheckCodec(const std::vector<std::string>& names) {
     ftp::NameCodec codec;
     std::vector<QString> shown;
     for (const std::string& name : names) {
+        const QString read = codec.Decode(name);
+        const auto reads_the_same = [&](const QString& each) { return LastWord(each) == read; };
+        const bool is_taken =
+            std::ranges::any_of(shown, reads_the_same);  // by itself, or in the other encoding
         shown.push_back(codec.DecodeListing("-rw-r--r-- 1 a a 1 Jan 1 1980 " + name));
-        Require(shown.back().endsWith(codec.Decode(name)) || name.find(' ') != name.npos || name.empty(),
+        Require(shown.back().endsWith(read) || is_taken || name.find(' ') != name.npos || name.empty(),
                 "a name is shown alike in a listing and in a trace");
     }
     for (std::size_t i = 0; i < names.size(); ++i) {
         const std::string last = LastWord(names[i]);
         const QString name = LastWord(shown[i]);
-        // Of two names that read the same, one in UTF-8 and one not, the later one goes back.
-        const auto reads_the_same = [&](const QString& each) { return LastWord(each) == name; };
-        const bool is_hidden =
-            std::any_of(shown.begin() + static_cast<std::ptrdiff_t>(i) + 1, shown.end(), reads_the_same);
-        Require(last.empty() || is_hidden || codec.Encode(name) == last,
-                "what was shown is what is sent back");
+        Require(last.empty() || codec.Encode(name) == last, "what was shown is what is sent back");
     }
     codec.Reset();
     for (const std::string& name : names) {
@@ -114,8 +113,7 @@ void CheckSecrets(const std::vector<std::string>& lines) {
         if (is_one && line == secret) Require(words == "****", "a secret is masked");
         const std::string said = "550 " + line;
         const std::string reply = mask.Reply(said);
-        const bool reaches_out_of_the_code = is_one && said.find(secret) < 3;
-        Require(reply.starts_with("550") || reaches_out_of_the_code, "the code of a reply stays");
+        Require(reply.starts_with("550 "), "the code of a reply stays");
         Require(is_one || reply == said, "without a secret a reply stays");
     }
     mask.Clear();
