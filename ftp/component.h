@@ -77,7 +77,8 @@ class Component : public QObject {
 
     // What is known of servers, by "host:port" in lower case, and the question about a certificate. They are
     // called inside Connect, between two attempts: no gate is up then, and a question may show a modal box.
-    // As they stand, nothing is known, nothing is kept, and what is not valid is refused.
+    // As they stand, nothing is known, nothing is kept, and what is not valid is refused. A session that is
+    // dropped while the question is open (SetAction) ends the connect, whatever the answer is.
     std::function<KnownServer(const QString& server)> FindServer;
     std::function<void(const QString& server, const KnownServer& known)> KeepServer;
     std::function<CertificateAnswer(const CertificateQuestion& question)> AskAboutCertificate;
@@ -129,7 +130,7 @@ class Component : public QObject {
     void Progress(std::int64_t bytes);  // Ftp1_Progress: about 20 a second, then the exact end value
     void Error(std::int32_t number, const QString& text);
     void CommandSent(const QString& line);  // for "Last Action:"; also raised as Debug
-    void ConnectedChanged(bool connected);  // for "State:"
+    void ConnectedChanged(bool connected);  // for "State:"; also when only TlsVersion has changed
     void BusyChanged(bool busy);
 
  private:

@@ -70,7 +70,7 @@ void Component::Private::Run(Operation operation, const QString& local_path) {
         if (std::exchange(reset_wanted_, false)) Perform(Reset{});
     }
     if (shut_down_) SetConnected(false);  // the worker may have been between two operations then
-    ForgetSecretsOfNoSession();
+    if (shut_down_) mask_.Clear();
     SetBusy(false);
 }
 
@@ -84,30 +84,33 @@ void Component::Private::Connect(ftp::Connect request) {
     may_ask_ = true;
     Run(request);
     may_ask_ = false;
-    if (const auto answer = AskAboutCertificate(server, known)) {
-        if (*answer == CertificateAnswer::Refuse) return RaiseProblem(*std::exchange(not_trusted_, {}));
-        request.trusted = certificate_->fingerprint;
+    const std::optional<Failure> not_trusted = std::exchange(not_trusted_, {});
+    if (!component_ || shut_down_ || !certificate_) return;
+    const Certificate certificate = *certificate_;
+    KnownServer now{true, known.fingerprint};
+    if (not_trusted) {
+        const auto answer = AskAboutCertificate({server, certificate, !known.fingerprint.isEmpty()});
+        if (!answer) return;
+        if (*answer == CertificateAnswer::Refuse) return RaiseProblem(*not_trusted);
+        request.trusted = certificate.fingerprint;
         if (*answer == CertificateAnswer::TrustAlways)
-            component_->KeepServer(server, {true, QByteArray::fromStdString(request.trusted)});
-        return Run(request);
+            now.fingerprint = QByteArray::fromStdString(request.trusted);
+    } else if (certificate.Valid()) {
+        now.fingerprint.clear();  // others vouch for it now, and not the user alone
     }
-    // A certificate that others vouch for takes the place of one that the user alone has trusted.
-    const bool reached = component_ && !shut_down_ && certificate_ && !not_trusted_;
-    if (!reached) return;
-    const KnownServer now{true, certificate_->Valid() ? QByteArray() : known.fingerprint};
     if (now != known) component_->KeepServer(server, now);
+    if (not_trusted) Run(request);
 }
 
-/// What the user says to the certificate that the last attempt has failed for, if it has.
-std::optional<CertificateAnswer> Component::Private::AskAboutCertificate(const QString& server,
-                                                                         const KnownServer& known) {
-    if (!component_ || shut_down_ || !not_trusted_) return std::nullopt;
-    const CertificateQuestion question{server, *certificate_, !known.fingerprint.isEmpty()};
+/// What the user says; nothing where the program has ended meanwhile. Who has dropped the session or reset
+/// the component while the question was open has given this connect up, whatever the answer is.
+std::optional<CertificateAnswer> Component::Private::AskAboutCertificate(
+    const CertificateQuestion& question) {
+    const std::uint64_t last_request = request_;
     const auto ask = component_->AskAboutCertificate;  // the component may go meanwhile
     const CertificateAnswer answer = ask(question);
     if (!component_ || shut_down_) return std::nullopt;
-    if (answer != CertificateAnswer::Refuse) not_trusted_.reset();
-    return answer;
+    return request_ == last_request ? answer : CertificateAnswer::Refuse;
 }
 
 void Component::Private::BeginRun(int lanes) {
@@ -124,6 +127,7 @@ void Component::Private::EndRun() {
 void Component::Private::Perform(Operation operation) {
     if (!component_ || shut_down_) return;
     Prepare(operation);
+    const bool leaves = std::holds_alternative<Quit>(operation) || std::holds_alternative<Reset>(operation);
     running_ = true;
     worker_->Start({.id = ++request_,
                     .operation = std::move(operation),
@@ -131,6 +135,7 @@ void Component::Private::Perform(Operation operation) {
                     .image = component_->ModeFlagB,
                     .keep_alive = component_->SessionMode == 1 && component_->session_option_ == 1});
     AwaitEnd();
+    if (leaves) mask_.Clear();  // nothing leads back to that server
 }
 
 /// Not a QEventLoop::exec: quitting the application is to end the main loop, not this wait.
@@ -180,7 +185,9 @@ void Component::Private::DropAndReset() {
 void Component::Private::Shutdown() {
     if (std::exchange(shut_down_, true)) return;
     DropSession();
-    if (!running_) SetConnected(false);
+    if (running_) return;  // what runs ends as cancelled, and may still have something to say
+    SetConnected(false);
+    mask_.Clear();
 }
 
 void Component::Private::Detach() {
@@ -251,9 +258,7 @@ void Component::Private::On(const TlsAgreed& tls) {
 }
 
 void Component::Private::On(const SessionChanged& session) {
-    component_->tls_version_ = QString::fromStdString(session.tls);
-    SetConnected(session.connected);
-    if (!running_) ForgetSecretsOfNoSession();
+    SetConnected(session.connected, QString::fromStdString(session.tls));
 }
 
 void Component::Private::On(const Problem& problem) {
@@ -300,18 +305,17 @@ void Component::Private::SetBusy(bool busy) {
     Raise(&Component::BusyChanged, busy);
 }
 
-void Component::Private::SetConnected(bool connected) {
-    if (!component_ || std::exchange(component_->connected_, connected) == connected) return;
-    if (!connected) component_->tls_version_.clear();
-    Raise(&Component::ConnectedChanged, connected);
+void Component::Private::SetConnected(bool connected, const QString& tls_version) {
+    if (!component_) return;
+    const QString tls = connected ? tls_version : QString();
+    const bool same = component_->connected_ == connected && component_->tls_version_ == tls;
+    component_->connected_ = connected;
+    component_->tls_version_ = tls;
+    if (!same) Raise(&Component::ConnectedChanged, connected);
 }
 
 QString Component::Private::WordsOf(const Failure& failure, const QString& local_path) const {
     return IsLocal(failure.kind) ? local_path : NameCodec::Text(mask_.Words(failure.detail));
-}
-
-void Component::Private::ForgetSecretsOfNoSession() {
-    if (component_ && !component_->connected_) mask_.Clear();
 }
 
 }  // namespace ftp

@@ -61,15 +61,14 @@ class Component::Private : public QObject, public std::enable_shared_from_this<P
     void On(const FileProblem& problem);
     void On(const Finished& finished);
 
-    std::optional<CertificateAnswer> AskAboutCertificate(const QString& server, const KnownServer& known);
+    std::optional<CertificateAnswer> AskAboutCertificate(const CertificateQuestion& question);
     void RaiseProblem(const Failure& failure);
     void SampleProgress();
     void EndProgress();
     void SetBusy(bool busy);
-    void SetConnected(bool connected);
+    void SetConnected(bool connected, const QString& tls_version = {});
     /// The failure's words, not marked yet.
     QString WordsOf(const Failure& failure, const QString& local_path) const;
-    void ForgetSecretsOfNoSession();
 
     /// Any handler of the event may destroy the component, so look at component_ again afterwards.
     template <class Signal, class... Arguments>
@@ -96,7 +95,7 @@ class Component::Private : public QObject, public std::enable_shared_from_this<P
     bool counting_ = false;  // the transfer's bytes are to be reported
     std::int64_t reported_ = 0;
     QString local_path_;
-    SecretMask mask_;  // while there is a session, or one is being made
+    SecretMask mask_;  // of the last connect; the worker logs in with it again until Quit or Reset
 
     std::unique_ptr<Worker> worker_;  // last: its thread puts into the mailbox until it is gone
 };

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -185,6 +186,20 @@ TEST_F(Secrets, AreMaskedForTheWholeSession) {
     EXPECT_EQ(errors.front().second, "Servern vägrar: 550 ****: ****");
     component->CloseConnection();
     EXPECT_TRUE(trace.contains(QStringLiteral("221 Bye ****")));
+    ExpectNoSecrets();
+}
+
+// The worker logs in again by itself, with the password of the last connect.
+TEST_F(Secrets, AreMaskedWhenTheSessionIsOpenedAgain) {
+    server.At("TYPE", {Say("200 Ok."), Close()});
+    server.At("PASS", 2, {Say("530 heml\xC3\xB6st is wrong")});
+    Connect(server.HostField());
+    const QDeadlineTimer patience(20'000);
+    while (component->Connected() && !patience.hasExpired())
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+    component->ListDirectory();
+    ASSERT_EQ(errors.size(), 1u) << Everything();
+    EXPECT_EQ(errors.front().second, "Servern vägrar: 530 **** is wrong");
     ExpectNoSecrets();
 }
 

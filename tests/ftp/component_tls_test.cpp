@@ -89,7 +89,21 @@ TEST_F(ComponentTls, CertificateTrustedNowIsAskedAboutAgainNextTime) {
         component->ListDirectory();
     }
     EXPECT_TRUE(errors.empty());
-    EXPECT_TRUE(known.value(key).fingerprint.isEmpty());
+    EXPECT_EQ(known.value(key), (KnownServer{true, {}})) << "TLS has been there all the same";
+    EXPECT_EQ(kept, 1);
+}
+
+TEST_F(ComponentTls, CertificateTrustedNowLeavesTheOneThatIsTrustedForGood) {
+    Serve(ServerCertificate::SelfSigned);
+    const KnownServer other{true, QByteArray(":0F").repeated(32).mid(1)};
+    known[key] = other;
+    answer = CertificateAnswer::TrustNow;
+    Connect(server->HostField());
+    EXPECT_TRUE(component->Connected());
+    ASSERT_EQ(questions.size(), 1u);
+    EXPECT_TRUE(questions[0].changed);
+    EXPECT_EQ(known.value(key), other);
+    EXPECT_EQ(kept, 0);
 }
 
 TEST_F(ComponentTls, CertificateTrustedForGoodIsNotAskedAboutUntilItChanges) {
@@ -139,6 +153,23 @@ TEST_F(ComponentTls, ComponentMayGoWhileTheQuestionIsOpen) {
     Connect(server->HostField());
     EXPECT_EQ(kept, 0);
     EXPECT_TRUE(errors.empty());
+}
+
+TEST_F(ComponentTls, SessionDroppedWhileTheQuestionIsOpenIsNotOpened) {
+    Serve(ServerCertificate::SelfSigned);
+    for (const std::int16_t action : {9, 20}) {
+        component->UserName = component->Password = QStringLiteral("demo");
+        component->AskAboutCertificate = [this, action](const CertificateQuestion&) {
+            component->SetAction(action);
+            return CertificateAnswer::TrustAlways;
+        };
+        errors.clear();
+        Connect(server->HostField());
+        EXPECT_FALSE(component->Connected());
+        EXPECT_EQ(OnlyError(), kNotTrusted);
+        EXPECT_FALSE(ToldPassword());
+        EXPECT_EQ(kept, 0);
+    }
 }
 
 TEST_F(ComponentTls, ShutdownWhileTheQuestionIsOpenEndsTheConnect) {
