@@ -74,11 +74,11 @@ void frmConnection::Form_Load() {
     SelectProfile(0);
 }
 
-// Who closes the dialog in the middle of a connect gives the connect up. The password goes with the dialog,
-// and so does what could be undone in its field.
+// Who closes the dialog in the middle of a connect gives the connect up, also while a question about the
+// server is open. The secrets go with the dialog, and so does what could be undone in their fields.
 void frmConnection::done(int result) {
-    if (main_.Ftp1.Busy()) cmdDisconnect_Click();
-    txtPassword->setText({});
+    if (connecting_ || main_.Ftp1.Busy()) cmdDisconnect_Click();
+    for (QLineEdit* secret : {txtPassword, txtAccount}) secret->setText({});
     HidePassword();
     OwnedDialog::done(result);
 }
@@ -185,7 +185,9 @@ void frmConnection::cmdConnect_Click() {
                Icon::None);
         return;
     }
+    connecting_ = true;
     OpenSession(login);
+    connecting_ = false;
     main_.BuildServerList();
     app::SetHourglass(false);
     if (given_up_) return;
@@ -226,6 +228,12 @@ void frmConnection::LogIn(const settings::Profile& login) {
     Ftp1.Password = login.password;
     Ftp1.Account = login.account;
     Ftp1.Connect();
+}
+
+void frmConnection::GiveUp() {
+    given_up_ = true;
+    main_.Command16.setEnabled(false);
+    app::Globals().SessionOpen = false;
 }
 
 void frmConnection::cmdDisconnect_Click() {

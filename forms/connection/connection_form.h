@@ -27,9 +27,9 @@ struct ConnectionHost {
     std::function<void()> BuildServerList;
 };
 
-/// While it is open the main window is disabled; when it is closed, no field of it holds the password any
-/// more. It closes itself when the connect sequence is over, and must not be destroyed while the sequence
-/// runs: an operation of the component holds an event loop.
+/// While it is open the main window is disabled; when it is closed, no field of it holds the password or
+/// the account any more. It closes itself when the connect sequence is over, and must not be destroyed while
+/// the sequence runs: an operation of the component holds an event loop.
 class frmConnection : public app::OwnedDialog, private Ui::frmConnection {
     Q_OBJECT
  public:
@@ -37,6 +37,10 @@ class frmConnection : public app::OwnedDialog, private Ui::frmConnection {
 
     /// Opens the dialog, filled with the first profile. Returns at once.
     void Form_Load();
+
+    /// The session that is being opened is not wanted any more: the sequence ends, the dialog stays open, and
+    /// the main window claims no session.
+    void GiveUp();
 
  protected:
     void done(int result) override;
@@ -69,7 +73,8 @@ class frmConnection : public app::OwnedDialog, private Ui::frmConnection {
     const ConnectionHost main_;
     QTimer* const Timer1;
     QAction* const reveal_;
-    bool given_up_ = false;  // the session that the sequence is opening has been dropped by the user
+    bool connecting_ = false;  // the sequence runs; the component is not busy all the time
+    bool given_up_ = false;    // the session that the sequence is opening has been dropped by the user
 };
 
 }  // namespace forms

@@ -6,9 +6,14 @@
 
 namespace forms {
 
-void ElidedLabel::Show(const QString& text) {
+ElidedLabel::ElidedLabel(QWidget* parent) : QLabel(parent) {
+    setTextFormat(Qt::PlainText);
+}
+
+void ElidedLabel::Show(const QString& text, const QString& note) {
     setText(text);
-    setToolTip(toolkit::PlainToolTip(text));
+    setToolTip(toolkit::PlainToolTip(note.isEmpty() ? text : text + u'\n' + note));
+    setAccessibleDescription(note);
 }
 
 void ElidedLabel::paintEvent(QPaintEvent*) {

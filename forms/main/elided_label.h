@@ -5,12 +5,13 @@
 
 namespace forms {
 
-/// The whole text stands in the tooltip.
+/// Plain text, whatever it looks like: it may be a server's. The whole of it stands in the tooltip, and below
+/// it a note, where there is one; those who hear the window hear that, too.
 class ElidedLabel : public QLabel {
     Q_OBJECT
  public:
-    using QLabel::QLabel;
-    void Show(const QString& text);
+    explicit ElidedLabel(QWidget* parent = nullptr);
+    void Show(const QString& text, const QString& note = {});
 
  protected:
     void paintEvent(QPaintEvent* event) override;

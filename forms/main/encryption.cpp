@@ -19,16 +19,19 @@ void MainForm::PrepareEncryption() {
         settings::SaveKnownServer(store_, server, {known.had_tls, QString::fromLatin1(known.fingerprint)});
     };
     Ftp1->AskAboutCertificate = [this](const ftp::CertificateQuestion& question) {
-        return frmCertificate::Ask(&FrontWindow(), question);
+        const ftp::CertificateAnswer answer = frmCertificate::Ask(&FrontWindow(), question);
+        if (answer == ftp::CertificateAnswer::Refuse && connection_) connection_->GiveUp();
+        return answer;
     };
 }
 
-// Also after each operation: a session that has been opened again on the way may be of another kind.
+// Also after each operation. What the lock says stands in the state's tool tip, too: the lock is small.
 void MainForm::ShowLock(bool connected) {
     if (connected)
         imgLock->ShowSession(Ftp1->TlsVersion());
     else
         imgLock->ShowNone();
+    lblState->Show(lblState->text(), imgLock->accessibleName());
 }
 
 // What a question of the component stands over: the dialog that is open, for this window is disabled then.

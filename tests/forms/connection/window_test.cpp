@@ -90,6 +90,18 @@ class Closing : public ConnectionDialog, public ::testing::WithParamInterface<co
     }
 };
 
+TEST_P(Closing, LeavesNoAccountBehind) {
+    Open();
+    auto& account = Get<QLineEdit>("txtAccount");
+    Type("txtPassword", "hemlig");
+    Type("txtAccount", "konto 7");
+    CloseIt();
+    ASSERT_FALSE(dialog_.isVisible());
+    EXPECT_EQ(account.text(), "");
+    account.undo();
+    EXPECT_EQ(account.text(), "");
+}
+
 TEST_P(Closing, LeavesNoPasswordBehind) {
     Open();
     auto& password = Get<QLineEdit>("txtPassword");
@@ -120,10 +132,10 @@ TEST_F(Window, TheHostFieldExplainsItsForms) {
     Open();
     const QStringList lines = Get("txtHost").toolTip().split(u'\n');
     ASSERT_EQ(lines.size(), 4);
-    EXPECT_TRUE(lines[0].startsWith("Bara namnet: "));
-    EXPECT_TRUE(lines[1].startsWith("ftpes:// "));
-    EXPECT_TRUE(lines[2].startsWith("ftps:// "));
-    EXPECT_TRUE(lines[3].startsWith("ftp:// "));
+    EXPECT_EQ(lines[0], "Bara namnet: kryptering när servern erbjuder det");
+    EXPECT_EQ(lines[1], "ftpes:// framför: kryptering krävs");
+    EXPECT_EQ(lines[2], "ftps:// framför: kryptering från början (port 990)");
+    EXPECT_EQ(lines[3], "ftp:// framför: ingen kryptering");
 }
 
 struct HelpText {

@@ -123,6 +123,18 @@ TEST_F(Lock, IsThereWhileThereIsASession) {
     EXPECT_EQ(LockSays(), "none");
 }
 
+TEST_F(Lock, IsSaidBesideTheStateToo) {
+    Open();
+    const auto& state = Get<QLabel>("lblState");
+    Ftp1().HostName = QStringLiteral("ftp.exempel.se");
+    Q_EMIT Ftp1().ConnectedChanged(true);
+    EXPECT_EQ(state.accessibleDescription(), LockSays());
+    EXPECT_EQ(state.toolTip(), toolkit::PlainToolTip("Ansluten till ftp.exempel.se\n" + LockSays()));
+    Q_EMIT Ftp1().ConnectedChanged(false);
+    EXPECT_EQ(state.toolTip(), toolkit::PlainToolTip("Ej ansluten"));
+    EXPECT_EQ(state.accessibleDescription(), "");
+}
+
 TEST_F(Lock, GoesByTheComponentAfterEachOperation) {
     Open();
     Q_EMIT Ftp1().ConnectedChanged(true);
