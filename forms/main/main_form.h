@@ -175,6 +175,7 @@ class MainForm : public QWidget, private Ui::MainForm {
     void fleratabort_Click();
     void RefuseToRenameSeveral();
     void DeleteServerFile(const QString& name);
+    void TellUnusable(const QString& name);
     bool UserWantsToDeleteMarked();
     std::optional<QString> FetchIntoTemporaryFolder();  // the copy of the selected server file
     // transfers.cpp

@@ -3,6 +3,7 @@
 #include "app/shared/ftpglob.h"
 #include "forms/main/main_form.h"
 #include "ftp/listing_rows.h"
+#include "ftp/trace_translator.h"
 #include "platform/drive_path.h"
 #include "platform/file_changes.h"
 #include "toolkit/message_box.h"
@@ -58,7 +59,8 @@ void MainForm::DeleteServerFile(const QString& name) {
     Ftp1->DeleteFile();
 }
 
-// Only files: a directory among the selected lines is refused by the server.
+// Only files: a directory among the selected lines is refused by the server. A row whose name ends with a
+// blank is left out: without it the name would be that of another file, which nobody has marked.
 void MainForm::fleratabort_Click() {
     if (!UserWantsToDeleteMarked()) return;
     HoldServerPanel();
@@ -67,10 +69,21 @@ void MainForm::fleratabort_Click() {
     l1->Lines()->SetLines(lines);
     for (int entry = 0; entry < l1->ListCount(); ++entry) {
         l1->SetListIndex(entry);
-        DeleteServerFile(ftp::NameOfListingLine(l1->Text()).trimmed());
+        const QString name = ftp::NameOfListingLine(l1->Text());
+        if (name == name.trimmed())
+            DeleteServerFile(name);
+        else
+            TellUnusable(name);
     }
     ReleaseServerPanel();
     Command9_Click();
+}
+
+void MainForm::TellUnusable(const QString& name) {
+    constexpr int kInvalidArgument = 10022;
+    Trace(ftp::ErrorLine(
+        kInvalidArgument,
+        QStringLiteral("Namnet kan inte användas, för det slutar med ett blanksteg: [") + name + u']'));
 }
 
 bool MainForm::UserWantsToDeleteMarked() {

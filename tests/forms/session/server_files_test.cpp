@@ -126,6 +126,27 @@ TEST_F(ServerFiles, DeletingSeveralAsksOnceAndTakesTheListsOrder) {
     EXPECT_TRUE(Get("listdir2").isEnabled());
 }
 
+// The names are trimmed, and without its blank the second one is a file that nobody has marked.
+TEST_F(ServerFiles, AMarkedNameThatEndsWithABlankIsLeftOut) {
+    server_.SetListing({"-rw-r--r-- 1 u g 3 Jan 1 10:00 a.txt", "-rw-r--r-- 1 u g 3 Jan 1 10:00 b.txt ",
+                        "-rw-r--r-- 1 u g 3 Jan 1 10:00 b.txt", "-rw-r--r-- 1 u g 3 Jan 1 10:00 c.txt"});
+    ClickOn("Command9");
+    Sent();
+    ClickServer("a.txt");
+    ClickServer("b.txt ", Qt::ControlModifier);
+    ClickServer("c.txt", Qt::ControlModifier);
+    {
+        ExpectBox box(kDeleteSeveral, kSeveralQuestion, "cmdYes");
+        ClickOn("Command13");
+    }
+    EXPECT_EQ(Sent(), QStringList({"DELE a.txt", "DELE c.txt", "LIST"}));
+    EXPECT_EQ(
+        TraceLines()
+            .filter("Fel nummer:10022 Namnet kan inte användas, för det slutar med ett blanksteg: [b.txt ]")
+            .size(),
+        1);
+}
+
 TEST_F(ServerFiles, AMarkedDirectoryIsTriedAsAFileToo) {
     ClickServer("pub");
     ClickServer("a.txt", Qt::ControlModifier);
