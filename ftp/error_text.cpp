@@ -39,7 +39,7 @@ Description Describe(FailureKind kind) {
         case FailureKind::CutShort:
             return {10054, u"Filen kom inte fram i sin helhet"};
         case FailureKind::NotKept:
-            return {10054, u"Servern har inte kvar hela filen"};
+            return {10054, u"Hela filen finns inte på servern"};
         case FailureKind::BadArgument:
             return {10022, u"Namnet kan inte användas"};
         case FailureKind::LocalNotFound:

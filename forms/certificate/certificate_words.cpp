@@ -17,7 +17,8 @@ constexpr qsizetype kLongestNames = 20'000;  // all together
 constexpr std::size_t kNamesInSentence = 3;
 constexpr qsizetype kPairsOfLine = 16;
 
-const QString kUnknown = QStringLiteral("okänt");
+const QString kUnknownTime = QStringLiteral("okänt");
+const QString kUnknownName = QStringLiteral("okänd");
 
 // Cut at a whole character. Marks make a text longer and never shorter.
 QString Visible(const QString& text, qsizetype longest) {
@@ -45,11 +46,20 @@ QString Further(std::size_t number) {
     return QStringLiteral("och ") + QString::number(number) + QStringLiteral(" till");
 }
 
+bool LooksLikeAHost(std::string_view name) {
+    constexpr std::string_view kLetters =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789.-*:_";
+    return !name.empty() && name.find_first_not_of(kLetters) == name.npos;
+}
+
+// A certificate may hold a whole sentence as a name, and that is not to stand among the program's own.
 QString OtherHosts(const std::vector<std::string>& names) {
     if (names.empty()) return QStringLiteral("Det står inte i certifikatet vilken server det gäller för.");
     QStringList hosts;
-    for (std::size_t i = 0; i < std::min(names.size(), kNamesInSentence); ++i)
+    for (std::size_t i = 0; i < std::min(names.size(), kNamesInSentence); ++i) {
+        if (!LooksLikeAHost(names[i])) return QStringLiteral("Certifikatet gäller för en annan server.");
         hosts.append(Visible(names[i], kLongestInSentence));
+    }
     QString sentence =
         QStringLiteral("Certifikatet gäller för en annan server: ") + hosts.join(QStringLiteral(", "));
     if (names.size() > kNamesInSentence) sentence += u' ' + Further(names.size() - kNamesInSentence);
@@ -78,7 +88,7 @@ QStringList FingerprintLines(std::string_view fingerprint) {
 }
 
 QString OrUnknown(const QString& text) {
-    return text.isEmpty() ? kUnknown : text;
+    return text.isEmpty() ? kUnknownName : text;
 }
 
 }  // namespace
@@ -97,16 +107,15 @@ QString CertificateAdvice(const ftp::CertificateQuestion& question) {
             "Någon kan ha ställt sig mellan dig och servern för att läsa ditt lösenord och dina filer. Fråga "
             "den som sköter servern om certifikatet är utbytt, och avbryt tills du vet.");
     return QStringLiteral(
-        "Förbindelsen är krypterad, men kanske med någon annan än du tror. Lita bara på servern om du har "
-        "fått "
-        "fingeravtrycket nedan av den som sköter den.");
+        "Förbindelsen är krypterad, men det kan vara någon annan än du tror i andra änden. Lita bara på "
+        "servern om fingeravtrycket nedan är detsamma som du har fått av den som sköter den.");
 }
 
 QStringList CertificateProblems(const ftp::Certificate& certificate) {
     QStringList problems;
     if (certificate.self_signed)
         problems.append(
-            QStringLiteral("Servern har utfärdat certifikatet själv, ingen annan går i god för det."));
+            QStringLiteral("Servern har utfärdat certifikatet själv; ingen annan går i god för det."));
     else if (certificate.unknown_issuer)
         problems.append(QStringLiteral("Ingen som din dator litar på går i god för certifikatet."));
     if (certificate.expired)
@@ -138,7 +147,7 @@ QList<CertificateFact> CertificateFacts(const ftp::CertificateQuestion& question
 // Certificates know the years 0 to 9999.
 QString CertificateTime(std::int64_t seconds) {
     constexpr std::int64_t kEarliest = -62'135'596'800, kLatest = 253'402'300'799;
-    if (seconds < kEarliest || seconds > kLatest) return kUnknown;
+    if (seconds < kEarliest || seconds > kLatest) return kUnknownTime;
     return QDateTime::fromSecsSinceEpoch(seconds).toString(QStringLiteral("yyyy-MM-dd HH:mm"));
 }
 

@@ -38,7 +38,7 @@ TEST(ErrorEvent, TellsTheFailure) {
          12045,
          "Serverns certifikat är inte betrott. Lösenordet har inte skickats."},
         {{CutShort, 0, ""}, u"a.htm", 10054, "Filen kom inte fram i sin helhet: a.htm"},
-        {{NotKept, 0, ""}, u"a.htm", 10054, "Servern har inte kvar hela filen: a.htm"},
+        {{NotKept, 0, ""}, u"a.htm", 10054, "Hela filen finns inte på servern: a.htm"},
         {{BadArgument, 0, ""}, u"a\nb", 10022, "Namnet kan inte användas: a␊b"},
         {{LocalNotFound, 0, ""}, u"C:\\a.htm", 53, "Filen finns inte: C:\\a.htm"},
         {{LocalDenied, 0, ""}, u"C:\\a.htm", 70, "Åtkomst nekas: C:\\a.htm"},

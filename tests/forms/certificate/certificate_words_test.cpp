@@ -84,7 +84,7 @@ TEST_F(Problems, EachHasItsSentence) {
               QStringList("Ingen som din dator litar på går i god för certifikatet."));
     certificate_.self_signed = true;
     EXPECT_EQ(CertificateProblems(certificate_),
-              QStringList("Servern har utfärdat certifikatet själv, ingen annan går i god för det."));
+              QStringList("Servern har utfärdat certifikatet själv; ingen annan går i god för det."));
     certificate_ = Sound();
     certificate_.expired = true;
     EXPECT_EQ(CertificateProblems(certificate_), QStringList("Certifikatet gick ut 2025-03-21 14:05."));
@@ -114,6 +114,20 @@ TEST_F(Problems, OneForNoHostAtAllSaysSo) {
     certificate_.names = {};
     EXPECT_EQ(CertificateProblems(certificate_),
               QStringList("Det står inte i certifikatet vilken server det gäller för."));
+}
+
+// Whoever has made the certificate chooses its names, and these words are the program's.
+TEST_F(Problems, NameOnlyWhatLooksLikeAHost) {
+    certificate_.wrong_host = true;
+    certificate_.names = {"*.Ex-empel_1.se", "::1", "10.0.0.1"};
+    EXPECT_EQ(CertificateProblems(certificate_),
+              QStringList("Certifikatet gäller för en annan server: *.Ex-empel_1.se, ::1, 10.0.0.1"));
+    for (const char* name :
+         {"din server. Lita på det", "a b", "", "ftp.exempel.se,x", "\xC3\xA5.se", "a\nb"}) {
+        certificate_.names = {"ftp.exempel.se", name};
+        EXPECT_EQ(CertificateProblems(certificate_), QStringList("Certifikatet gäller för en annan server."))
+            << name;
+    }
 }
 
 TEST_F(Problems, AreShortWhateverTheCertificateSays) {
@@ -159,8 +173,8 @@ TEST_F(Facts, OfAnEmptyCertificateSayThatNothingIsKnown) {
     const QList<CertificateFact> facts = CertificateFacts({"a:21", {}, false});
     ASSERT_EQ(facts.size(), 7);
     EXPECT_EQ(facts[2].lines, QStringList("ingen server"));
-    EXPECT_EQ(facts[3].lines, QStringList("okänt"));
-    EXPECT_EQ(facts[4].lines, QStringList("okänt"));
+    EXPECT_EQ(facts[3].lines, QStringList("okänd"));
+    EXPECT_EQ(facts[4].lines, QStringList("okänd"));
     for (const CertificateFact& fact : facts) EXPECT_FALSE(fact.lines.isEmpty());
 }
 
