@@ -43,6 +43,10 @@ class MemoryFiles : public ftp::LocalFiles {
             at_ += size;
             return size;
         }
+        ftp::Result<> Seek(std::int64_t offset) override {
+            at_ = static_cast<std::size_t>(offset);
+            return {};
+        }
 
      private:
         std::string bytes_;

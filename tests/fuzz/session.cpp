@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "ftp/engine/session/check.h"
 #include "ftp/engine/session/files.h"
 #include "ftp/engine/session/list.h"
 #include "ftp/engine/session/login.h"
@@ -133,6 +134,9 @@ class Play : private ftp::Events {
         co_return;
     }
     void Secured(const std::string&, const ftp::Certificate&) override {}
+    void NotKept(const std::string&, const ftp::Failure&) override {
+        Require(!server_.Proper(), "a proper server keeps what it is sent");
+    }
     void Trouble(const ftp::Failure&) override {}
 
     fuzz::Input input_;
@@ -279,6 +283,7 @@ void Play::BeginOrEndRun() {
 /// What has to be over before something else than a file or a step follows.
 ftp::Task<> Play::Settle() {
     auto outcome = co_await session_->CatchUp();
+    if (outcome && session_->control) outcome = co_await ftp::CheckAll(*session_);
     session_->next_port.reset();
     co_return outcome;
 }
@@ -320,7 +325,8 @@ ftp::TransferMode Play::AnyMode() {
 /// Carries a sequence out while the server, and at times the user, does what the input says.
 ftp::Result<> Play::Carry(ftp::Task<> sequence) {
     outcome_.reset();
-    disturbed_ = false;
+    disturbed_ = session_->called_off = session_->heard = false;
+    session_->risk = {};
     asio::co_spawn(io_, Follow(std::move(sequence)),
                    [](const std::exception_ptr& fault) { Require(!fault, "sequences do not throw"); });
     RunHandlers();
