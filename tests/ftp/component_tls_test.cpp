@@ -172,6 +172,25 @@ TEST_F(ComponentTls, SessionDroppedWhileTheQuestionIsOpenIsNotOpened) {
     }
 }
 
+TEST_F(ComponentTls, SessionThatIsOpenedAgainInAnotherWaySaysSo) {
+    ScriptedServer two_ways;
+    const auto files = ftp_test::Certificates(ServerCertificate::Valid);
+    two_ways.PutTls(files.certificate, files.key);
+    two_ways.At("AUTH", 1, {ftp_test::Say("502 Not yet.")});
+    two_ways.At("CWD", 1, {ftp_test::Close()});
+    QStringList told;
+    QObject::connect(component.get(), &Component::ConnectedChanged,
+                     [&](bool) { told += component->TlsVersion(); });
+    Connect(two_ways.HostField());
+    ASSERT_TRUE(component->Connected());
+    EXPECT_EQ(told, QStringList(QString()));
+    component->DirectoryName = QStringLiteral("a");
+    component->ChangeDirectory();
+    EXPECT_TRUE(component->Connected());
+    EXPECT_EQ(component->TlsVersion(), QStringLiteral("TLSv1.3"));
+    EXPECT_EQ(told.last(), QStringLiteral("TLSv1.3"));
+}
+
 TEST_F(ComponentTls, ShutdownWhileTheQuestionIsOpenEndsTheConnect) {
     Serve(ServerCertificate::SelfSigned);
     component->AskAboutCertificate = [this](const CertificateQuestion&) {
