@@ -250,9 +250,9 @@ TEST(Session, DownloadThatIsShorterThanStatedIsNotKept) {
 }
 
 TEST(Session, UploadTellsItsSizeAndItsEnd) {
-    Stage stage(Greeted({Command("TYPE I"), Reply("200 Image"), Command("SIZE f"), Reply("550 None"), Command("EPSV"), Reply("229 Here (|||5000|)"),
-                         DataConnects(5000), Command("STOR f"), Reply("150 Waiting"), Takes("12345"),
-                         TakesEnd(), Reply("226 Done")}));
+    Stage stage(Greeted({Command("TYPE I"), Reply("200 Image"), Command("SIZE f"), Reply("550 None"),
+                         Command("EPSV"), Reply("229 Here (|||5000|)"), DataConnects(5000), Command("STOR f"),
+                         Reply("150 Waiting"), Takes("12345"), TakesEnd(), Reply("226 Done")}));
     ASSERT_TRUE(stage.LogIn());
     stage.scratch.Write("source", "12345");
     stage.script.Follow({.piece = 2});
