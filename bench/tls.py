@@ -41,7 +41,7 @@ def tls(report, options):
     if os.geteuid() != 0:
         return report.text("Not measured: the servers and the distance need root.")
     rounds = options.rounds or 5
-    size = (32 if options.small else 1024) * 1024 * 1024
+    size = (32 if options.small else 256) * 1024 * 1024
     report.text("TLS 1.3 on control and data connections where nothing else is said; each client checks the certificate. vsftpd "
                 "and proftpd want each data connection to resume the control connection's session, pure-ftpd does not ask. "
                 "Repeat with `bench/run tls` (as root). ncftp has no TLS.")
