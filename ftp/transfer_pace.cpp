@@ -1,0 +1,151 @@
+#include "ftp/transfer_pace.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "ftp/readable.h"
+#include "ftp/visible_text.h"
+
+namespace ftp {
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::seconds;
+
+constexpr TransferPace::Time kBetweenSamples{100};
+constexpr double kStandingStill = 1;  // bytes a second
+constexpr qsizetype kLongestName = 60;
+
+// As exact as an estimate deserves.
+seconds Rounded(double value) {
+    const seconds whole(std::llround(value));
+    const auto to = [whole](seconds step) { return (whole + step / 2) / step * step; };
+    if (whole < 10s) return whole;
+    if (whole < 1min) return to(5s);
+    if (whole < 10min) return to(10s);
+    return whole < 1h ? to(1min) : to(5min);
+}
+
+QString RestWords(double needed) {
+    constexpr double kOneDay = 24.0 * 3600;
+    if (needed < 1) return QStringLiteral(", strax klar");
+    if (needed > kOneDay) return QStringLiteral(", mer än ett dygn kvar");
+    return QStringLiteral(", ungefär %1 kvar").arg(DurationText(Rounded(needed)));
+}
+
+QString Pace(double bytes_per_second) {
+    constexpr double kMost = 1e18;
+    return SizeText(std::llround(std::min(bytes_per_second, kMost))) + QStringLiteral("/s");
+}
+
+QString ShortName(const QString& name) {
+    const QString visible = VisibleText(name);
+    return visible.size() <= kLongestName ? visible : visible.left(kLongestName - 1) + u'…';
+}
+
+QString Duration(std::chrono::milliseconds took) {
+    return DurationText(std::max(seconds(1), std::chrono::round<seconds>(took)));
+}
+
+QString FilesWords(const TransferOutcome& outcome) {
+    const int whole = outcome.files - outcome.failed;
+    if (outcome.failed > 0 && outcome.files > 1)
+        return QStringLiteral("%1 av %2 filer").arg(whole).arg(outcome.files);
+    if (outcome.files == 1 && !outcome.name.isEmpty()) return ShortName(outcome.name);
+    return outcome.files == 1 ? QStringLiteral("1 fil") : QStringLiteral("%1 filer").arg(outcome.files);
+}
+
+}  // namespace
+
+void TransferPace::Start(Time now) {
+    samples_ = {{now, 0}};
+}
+
+void TransferPace::Report(Time now, std::int64_t bytes) {
+    if (samples_.empty() || bytes < samples_.back().bytes) samples_ = {{now, bytes}};
+    const bool too_close = samples_.size() > 1 && now - samples_.back().time < kBetweenSamples;
+    if (too_close)
+        samples_.back().bytes = bytes;
+    else
+        samples_.push_back({now, bytes});
+    while (samples_.size() > 2 && samples_[1].time <= now - kWindow) samples_.pop_front();
+}
+
+std::optional<double> TransferPace::BytesPerSecond(Time now) const {
+    if (samples_.empty() || now - samples_.front().time < kShortest) return std::nullopt;
+    // What had moved by the beginning of the window.
+    auto first = samples_.begin();
+    while (std::next(first) != samples_.end() && std::next(first)->time <= now - kWindow) ++first;
+    const std::chrono::duration<double> elapsed = std::min(now - first->time, kWindow);
+    return static_cast<double>(samples_.back().bytes - first->bytes) / elapsed.count();
+}
+
+void TransferTally::Begin(Time now, std::optional<std::int64_t> total) {
+    *this = {};
+    began_ = now;
+    total_ = total;
+    pace_.Start(now);
+}
+
+void TransferTally::BeginFile(std::optional<std::int64_t> size) {
+    ++files_;
+    size_ = size;
+    current_ = 0;
+}
+
+void TransferTally::Report(Time now, std::int64_t bytes) {
+    current_ = std::max<std::int64_t>(bytes, 0);
+    pace_.Report(now, Moved());
+}
+
+void TransferTally::EndFile() {
+    passed_ += size_.value_or(current_);
+    moved_ += std::exchange(current_, 0);
+    size_.reset();
+}
+
+std::int64_t TransferTally::Passed() const {
+    return passed_ + (size_ ? std::min(current_, *size_) : current_);
+}
+
+std::optional<double> TransferTally::Share() const {
+    if (!total_ || *total_ <= 0 || Passed() > *total_) return std::nullopt;
+    return static_cast<double>(Passed()) / static_cast<double>(*total_);
+}
+
+QString TransferTally::PaceWords(Time now) const {
+    const bool known = total_ && *total_ > 0 && Passed() <= *total_;
+    return ftp::PaceWords(pace_.BytesPerSecond(now),
+                          known ? std::optional(*total_ - Passed()) : std::nullopt);
+}
+
+QString PaceWords(std::optional<double> bytes_per_second, std::optional<std::int64_t> left) {
+    if (!bytes_per_second) return QStringLiteral("Överföringen har börjat");
+    if (!(*bytes_per_second >= kStandingStill)) return QStringLiteral("Ingenting kommer fram just nu");
+    const QString pace = Pace(*bytes_per_second);
+    return left ? pace + RestWords(static_cast<double>(*left) / *bytes_per_second) : pace;
+}
+
+QString OverallPace(std::int64_t bytes, std::chrono::milliseconds took) {
+    const double length = std::max(std::chrono::duration<double>(took).count(), 0.001);
+    return QStringLiteral("%1 på %2 (%3)")
+        .arg(SizeText(bytes), Duration(took), Pace(static_cast<double>(bytes) / length));
+}
+
+QString OutcomeHeading(const TransferOutcome& outcome) {
+    if (outcome.aborted) return QStringLiteral("Överföringen är avbruten");
+    if (outcome.files > 0 && outcome.failed == outcome.files)
+        return QStringLiteral("Överföringen misslyckades");
+    const bool clean = outcome.failed == 0 && outcome.troubles == 0;
+    return clean ? QStringLiteral("Överföringen är klar") : QStringLiteral("Överföringen är klar, med fel");
+}
+
+QString OutcomeWords(const TransferOutcome& outcome) {
+    QString words = FilesWords(outcome) +
+                    QStringLiteral(", %1 på %2").arg(SizeText(outcome.bytes), Duration(outcome.took));
+    if (outcome.failed > 0 || outcome.troubles > 0)
+        words += QStringLiteral(". Händelserna berättar om felen.");
+    return words;
+}
+
+}  // namespace ftp

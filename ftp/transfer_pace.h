@@ -1,0 +1,88 @@
+#pragma once
+// How quickly a batch of files moves, and how long the rest will take. Pure rules; whoever uses them brings
+// the time.
+
+#include <QString>
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <optional>
+
+namespace ftp {
+
+/// The pace over the last seconds, so that neither a burst nor a short stop makes it jump.
+class TransferPace {
+ public:
+    using Time = std::chrono::milliseconds;  // since any beginning; never runs backwards
+
+    static constexpr Time kWindow{5000};
+    static constexpr Time kShortest{1000};  // before that nothing is said
+
+    /// Nothing has moved yet.
+    void Start(Time now);
+    /// So many bytes have moved since the start. Fewer than before: the measuring begins anew.
+    void Report(Time now, std::int64_t bytes);
+    /// Nothing while it is too early to tell.
+    std::optional<double> BytesPerSecond(Time now) const;
+
+ private:
+    struct Sample {
+        Time time;
+        std::int64_t bytes;
+    };
+    std::deque<Sample> samples_;  // of the window, and one from before it
+};
+
+/// The bytes of a batch of files, which follow one another.
+class TransferTally {
+ public:
+    using Time = TransferPace::Time;
+
+    /// `total`: bytes of all files; nothing where that is not known.
+    void Begin(Time now, std::optional<std::int64_t> total);
+    void BeginFile(std::optional<std::int64_t> size);
+    /// Bytes of the current file so far.
+    void Report(Time now, std::int64_t bytes);
+    /// What has not moved by then is not to come any more.
+    void EndFile();
+
+    int Files() const { return files_; }                      // begun
+    std::int64_t Moved() const { return moved_ + current_; }  // bytes
+    std::optional<double> Share() const;                      // 0 .. 1 of the total
+    std::chrono::milliseconds Took(Time now) const { return now - began_; }
+    /// "1,4 MB/s, ungefär 2 min 10 s kvar", as far as it is known.
+    QString PaceWords(Time now) const;
+
+ private:
+    std::int64_t Passed() const;
+
+    Time began_{};
+    TransferPace pace_;
+    std::optional<std::int64_t> total_, size_;
+    std::int64_t moved_ = 0, passed_ = 0, current_ = 0;
+    int files_ = 0;
+};
+
+/// What pace and bytes say to a person; `left` is what is still to come, where that is known.
+QString PaceWords(std::optional<double> bytes_per_second, std::optional<std::int64_t> left);
+
+/// What a batch has come to.
+struct TransferOutcome {
+    int files = 0;         // that have been begun
+    int failed = 0;        // of these
+    int troubles = 0;      // where something failed and it is not known which file was hit
+    bool aborted = false;  // by the user
+    std::int64_t bytes = 0;
+    std::chrono::milliseconds took{};
+    QString name;  // of the only file, from outside
+};
+
+/// The heading and the text of a notice about it. The name is plain text in which nothing hides, and not
+/// long.
+QString OutcomeHeading(const TransferOutcome& outcome);
+QString OutcomeWords(const TransferOutcome& outcome);
+
+/// "12,4 MB på 1 min 5 s", with the pace that this comes to.
+QString OverallPace(std::int64_t bytes, std::chrono::milliseconds took);
+
+}  // namespace ftp
