@@ -10,6 +10,7 @@ import re
 from dataclasses import dataclass, field
 
 QT_MODULES = ("QtCore", "QtGui", "QtWidgets")
+QT_OTHERS = ("QtDBus",)  # modules that only some files may use
 
 
 @dataclass(frozen=True)
@@ -38,7 +39,7 @@ ROOMS = {
     "ftp/engine": Room(
         rooms=("ftp/engine/session", "ftp/engine/net", "ftp/engine/wire"), libraries=("tl", "asio")),
     "ftp": Room(rooms=("ftp/engine/wire",), headers=("ftp/engine/worker.h",), libraries=("tl", "QtCore")),
-    "platform": Room(libraries=("QtCore", "system"), special={"shell*": ("glib",)}),
+    "platform": Room(libraries=("QtCore", "system"), special={"shell*": ("glib",), "desktop_*": ("QtDBus",)}),
     "settings": Room(rooms=("platform",), libraries=("QtCore",)),
     "toolkit": Room(rooms=("platform",), libraries=QT_MODULES),
     "app/shared": Room(rooms=("ftp", "settings", "toolkit", "platform"), libraries=QT_MODULES),
@@ -74,7 +75,7 @@ def library_of(header, qt_folder):
     if header.startswith(("glib", "gobject/", "gio/")):
         return "glib"
     if header.startswith("Q"):
-        found = [m for m in QT_MODULES if header.startswith(m + "/") or os.path.exists(f"{qt_folder}/{m}/{header}")]
+        found = [m for m in QT_MODULES + QT_OTHERS if header.startswith(m + "/") or os.path.exists(f"{qt_folder}/{m}/{header}")]
         return found[0] if found else "an unknown Qt module"
     return "std" if re.fullmatch(r"[a-z0-9_]+", header) else "system"
 

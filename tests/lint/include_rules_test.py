@@ -29,6 +29,7 @@ ALLOWED = [
     ("platform/shell_desktop.cpp", "<gio/gio.h>"),
     ("platform/shell_command.cpp", "<glib.h>"),
     ("platform/folder.cpp", "<dirent.h>"),
+    ("platform/desktop_signs.cpp", "<QDBusMessage>"),
     ("settings/a.cpp", '"platform/folder.h"'),
     ("settings/a.cpp", "<platform/folder.h>"),
     ("toolkit/a.cpp", "<QtWidgets/QListView>"),
@@ -43,6 +44,8 @@ ALLOWED = [
 ]
 
 REFUSED = [
+    ("platform/folder.cpp", "<QDBusMessage>"),
+    ("app/shared/a.cpp", "<QDBusConnection>"),
     ("ftp/engine/wire/a.cpp", '"ftp/engine/net/stream.h"'),
     ("ftp/engine/wire/a.cpp", '"reply.h"'),
     ("ftp/engine/wire/a.cpp", "<asio/buffer.hpp>"),
