@@ -2,8 +2,8 @@
 
 include(GNUInstallDirs)
 
-set(WEBSMIDE_WEB "https://websmide.example" CACHE STRING "Home page of the program, below which its pictures are published")
-set(WEBSMIDE_APPSTREAM_ID "example.websmide.ftp" CACHE STRING "Name of the program among all programs, from a domain of its publisher")
+set(WEBSMIDE_WEB "https://websmide.example" CACHE STRING "Home page, below which the pictures are published")
+set(WEBSMIDE_APPSTREAM_ID "example.websmide.ftp" CACHE STRING "Name of the program in software centres")
 set(WEBSMIDE_MAINTAINER "Websmide <ftp@websmide.example>" CACHE STRING "Who answers for the Debian package")
 
 # websmide_install_link(LINK TARGET): both below the prefix; the link is relative, so that the prefix can be moved.
