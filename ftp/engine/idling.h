@@ -1,0 +1,41 @@
+#pragma once
+// The session between two operations. Worker's thread.
+
+#include <asio/steady_timer.hpp>
+#include <functional>
+
+#include "ftp/engine/session/session.h"
+
+namespace ftp {
+
+/// Sees it when the server ends an idle session, and keeps it from doing so where that is wanted.
+class Idling {
+ public:
+    /// `ended` is called each time that somebody has looked after the session and does not any more; `wanted`
+    /// says whether that ended by itself, because the session is gone, and not by End. The object outlives
+    /// what runs on the session's executor.
+    Idling(Session& session, std::function<void(bool wanted)> ended);
+
+    /// Looks after a session that is alive, until End or until it is gone.
+    void Begin(bool keep_awake);
+    /// Not wanted any more; a NOOP that has left is still under way afterwards.
+    void End();
+    /// End, and waits for the answer of such a NOOP: the next command must not meet it.
+    asio::awaitable<void> AwaitEnd();
+    bool Running() const { return running_; }
+
+ private:
+    asio::awaitable<void> Run();
+    asio::awaitable<bool> AwaitSilence();
+
+    Session& session_;
+    const std::function<void(bool)> ended_;
+    asio::steady_timer something_;  // cancelled when something has happened to the session
+    asio::steady_timer over_;       // cancelled when nobody looks after it any more
+    bool keep_awake_ = false;
+    bool wanted_ = false;  // nothing runs or waits
+    bool running_ = false;
+    bool server_left_ = false;
+};
+
+}  // namespace ftp
