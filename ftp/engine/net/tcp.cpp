@@ -1,11 +1,3 @@
-#include <linux/sockios.h>
-#include <netinet/tcp.h>
-#include <sys/ioctl.h>
-#include <sys/sendfile.h>
-#include <sys/socket.h>
-#include <unistd.h>
-#include <csignal>
-
 #include <asio/co_spawn.hpp>
 #include <asio/detached.hpp>
 #include <asio/ip/tcp.hpp>
@@ -13,12 +5,12 @@
 #include <asio/steady_timer.hpp>
 #include <asio/use_awaitable.hpp>
 #include <asio/write.hpp>
-#include <cerrno>
 #include <list>
-#include <span>
+#include <system_error>
 #include <vector>
 
 #include "ftp/engine/net/resolver.h"
+#include "ftp/engine/net/socket_calls.h"
 #include "ftp/engine/net/stream.h"
 #include "ftp/engine/net/tls.h"
 
@@ -45,24 +37,21 @@ class TcpStream : public Stream {
  public:
     explicit TcpStream(tcp::socket socket, tcp::endpoint peer = {})
         : socket_(std::move(socket)), peer_(std::move(peer)) {
-        SetTcpOption(TCP_NODELAY, 1);
+        asio::error_code ignored;
+        socket_.set_option(tcp::no_delay(true), ignored);
         // What waits in the kernel is not yet on its way: a short queue keeps the bytes in the cache, the
         // progress honest and an abort prompt, and a long line is kept as full as with a long queue.
-        SetTcpOption(TCP_NOTSENT_LOWAT, 16 * 1024);
+        LimitUnsent(socket_, 16 * 1024);
     }
 
-    /// The SYN leaves here and now, not when somebody waits for the answer.
     static Result<std::unique_ptr<TcpStream>> Start(const asio::any_io_executor& executor,
                                                     const tcp::endpoint& to) {
         tcp::socket socket(executor);
         asio::error_code error;
         socket.open(to.protocol(), error);
         if (!error) socket.non_blocking(true, error);
+        if (!error) error = StartConnecting(socket, to);
         if (error) return Fail(FailureOf(error));
-        if (::connect(socket.native_handle(), to.data(), static_cast<socklen_t>(to.size())) != 0 &&
-            errno != EINPROGRESS) {
-            return Fail(FailureOf(asio::error_code(errno, asio::system_category())));
-        }
         return std::make_unique<TcpStream>(std::move(socket), to);
     }
 
@@ -70,12 +59,7 @@ class TcpStream : public Stream {
         asio::error_code error;
         co_await socket_.async_wait(tcp::socket::wait_write,
                                     asio::redirect_error(asio::use_awaitable, error));
-        int refused = 0;
-        socklen_t size = sizeof refused;
-        if (!error && ::getsockopt(socket_.native_handle(), SOL_SOCKET, SO_ERROR, &refused, &size) == 0 &&
-            refused != 0) {
-            error.assign(refused, asio::system_category());
-        }
+        if (!error) error = OutcomeOfConnecting(socket_);
         if (error) co_return Fail(FailureOf(error));
         co_return Result<>{};
     }
@@ -90,8 +74,8 @@ class TcpStream : public Stream {
     }
 
     std::size_t ReadAtOnce(asio::mutable_buffer into) override {
-        asio::error_code none;
-        return socket_.is_open() ? socket_.receive(into, MSG_DONTWAIT, none) : 0;
+        asio::error_code none;  // the socket does not block
+        return socket_.is_open() ? socket_.receive(into, 0, none) : 0;
     }
 
     /// For the control connection. Commands that were sent ahead leave us silent while their replies come,
@@ -99,7 +83,7 @@ class TcpStream : public Stream {
     /// each time.
     void AcknowledgeAtOnce() {
         acknowledges_at_once_ = true;
-        SetTcpOption(TCP_QUICKACK, 1);  // the kernel forgets it again, hence after each read
+        AcknowledgeNow(socket_);
     }
 
     Task<> Write(asio::const_buffer bytes) override {
@@ -110,26 +94,25 @@ class TcpStream : public Stream {
     }
 
     Task<std::size_t> Send(SourceFile& file, std::size_t limit) override {
-        for (;;) {
+        while (file.Handle() >= 0) {
             // Even where there is room: a peer faster than the disk must not keep the event loop from its
             // other work.
             asio::error_code error;
             co_await socket_.async_wait(tcp::socket::wait_write,
                                         asio::redirect_error(asio::use_awaitable, error));
             if (error) co_return Fail(FailureOf(error));
-            const ssize_t sent = ::sendfile(socket_.native_handle(), file.Handle(), nullptr, limit);
-            if (sent >= 0) co_return static_cast<std::size_t>(sent);
-            if (errno == EAGAIN || errno == EINTR) continue;
-            if (errno == EINVAL || errno == ENOSYS) co_return co_await SendByHand(file);
-            if (errno == EIO) co_return Fail(FailureKind::LocalOther, {}, EIO);
-            co_return Fail(FailureOf(asio::error_code(errno, asio::system_category())));
+            const std::size_t sent = SendFromFile(socket_, file.Handle(), limit, error);
+            if (!error) co_return sent;
+            if (error == asio::error::would_block) continue;
+            if (error == asio::error::operation_not_supported) break;
+            if (error == std::errc::io_error) co_return Fail(FailureKind::LocalOther, {}, error.value());
+            co_return Fail(FailureOf(error));
         }
+        co_return co_await SendByHand(file);
     }
 
     std::size_t Unsent() const override {
-        int bytes = 0;
-        auto& socket = const_cast<tcp::socket&>(socket_);  // native_handle() is not const
-        return ::ioctl(socket.native_handle(), SIOCOUTQ, &bytes) == 0 ? static_cast<std::size_t>(bytes) : 0;
+        return Unacknowledged(const_cast<tcp::socket&>(socket_));  // native_handle() is not const
     }
 
     Task<> EndWriting() override {
@@ -156,11 +139,7 @@ class TcpStream : public Stream {
     }
 
  private:
-    void SetTcpOption(int option, int value) {
-        ::setsockopt(socket_.native_handle(), IPPROTO_TCP, option, &value, sizeof value);
-    }
-
-    /// For file systems that sendfile does not take.
+    /// For files that the system does not send by itself.
     Task<std::size_t> SendByHand(SourceFile& file) {
         std::vector<char> buffer(256 * 1024);
         const auto got = file.Read(buffer);
@@ -324,13 +303,6 @@ class TcpTransport : public Transport {
 };
 
 }  // namespace
-
-void BlockBrokenPipeSignal() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGPIPE);
-    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-}
 
 std::unique_ptr<Transport> MakeTcpTransport(asio::any_io_executor executor) {
     return std::make_unique<TcpTransport>(std::move(executor));

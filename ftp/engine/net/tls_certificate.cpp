@@ -1,13 +1,15 @@
 #include "ftp/engine/net/tls_certificate.h"
 
-#include <arpa/inet.h>
 #include <openssl/asn1.h>
 #include <openssl/bio.h>
 #include <openssl/evp.h>
 #include <openssl/x509_vfy.h>
 #include <openssl/x509v3.h>
 
+#include <algorithm>
 #include <array>
+#include <asio/ip/address.hpp>
+#include <chrono>
 #include <ctime>
 #include <memory>
 
@@ -31,11 +33,23 @@ std::string TextOf(const X509_NAME* name) {
     return {bytes, static_cast<std::size_t>(size)};
 }
 
+template <class Address>
+std::string AddressFrom(const unsigned char* bytes) {
+    typename Address::bytes_type parts;
+    std::copy_n(bytes, parts.size(), parts.begin());
+    return Address(parts).to_string();
+}
+
 std::string AddressOf(const ASN1_STRING* address) {
-    std::array<char, INET6_ADDRSTRLEN> text{};
-    const int family = ASN1_STRING_length(address) == 4 ? AF_INET : AF_INET6;
-    if (family == AF_INET6 && ASN1_STRING_length(address) != 16) return {};
-    return inet_ntop(family, ASN1_STRING_get0_data(address), text.data(), text.size()) ? text.data() : "";
+    const unsigned char* bytes = ASN1_STRING_get0_data(address);
+    switch (ASN1_STRING_length(address)) {
+        case 4:
+            return AddressFrom<asio::ip::address_v4>(bytes);
+        case 16:
+            return AddressFrom<asio::ip::address_v6>(bytes);
+        default:
+            return {};
+    }
 }
 
 std::vector<std::string> NamesOf(X509* certificate) {
@@ -56,8 +70,13 @@ std::vector<std::string> NamesOf(X509* certificate) {
 }
 
 std::int64_t SecondsOf(const ASN1_TIME* time) {
+    using namespace std::chrono;
     std::tm parts{};
-    return ASN1_TIME_to_tm(time, &parts) == 1 ? static_cast<std::int64_t>(timegm(&parts)) : 0;
+    if (ASN1_TIME_to_tm(time, &parts) != 1) return 0;
+    const year_month_day day(year(parts.tm_year + 1900), month(static_cast<unsigned>(parts.tm_mon + 1)),
+                             std::chrono::day(static_cast<unsigned>(parts.tm_mday)));
+    const auto time_of_day = hours(parts.tm_hour) + minutes(parts.tm_min) + seconds(parts.tm_sec);
+    return (sys_days(day).time_since_epoch() + time_of_day).count();
 }
 
 }  // namespace

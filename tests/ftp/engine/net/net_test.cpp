@@ -8,6 +8,7 @@
 #include <asio/io_context.hpp>
 #include <asio/ip/tcp.hpp>
 #include <asio/post.hpp>
+#include <asio/read.hpp>
 #include <asio/redirect_error.hpp>
 #include <asio/steady_timer.hpp>
 #include <asio/use_awaitable.hpp>
@@ -15,8 +16,11 @@
 #include <functional>
 #include <list>
 #include <memory>
+#include <span>
+#include <string>
 
 #include "ftp/engine/net/deadline.h"
+#include "ftp/engine/net/local_files.h"
 #include "ftp/engine/net/resolver.h"
 #include "ftp/engine/net/stream.h"
 
@@ -198,6 +202,65 @@ TEST_F(NetTest, ClosedStreamEndsWhatWaitsOnIt) {
         (*stream)->Reset();
         const auto written = co_await (*stream)->Write(asio::buffer(&byte, 1));
         EXPECT_FALSE(written);
+    });
+}
+
+/// A file that is not on a disk of the system's.
+class MemorySource : public SourceFile {
+ public:
+    explicit MemorySource(std::string bytes) : bytes_(std::move(bytes)) {}
+    std::int64_t Size() const override { return static_cast<std::int64_t>(bytes_.size()); }
+    Result<> Seek(std::int64_t offset) override {
+        at_ = static_cast<std::size_t>(offset);
+        return {};
+    }
+    Result<std::size_t> Read(std::span<char> into) override {
+        const std::size_t got = bytes_.copy(into.data(), into.size(), at_);
+        at_ += got;
+        return got;
+    }
+
+ private:
+    const std::string bytes_;
+    std::size_t at_ = 0;
+};
+
+TEST_F(NetTest, FileThatTheSystemCannotSendIsReadAndWritten) {
+    tcp::acceptor acceptor = Listen("127.0.0.1");
+    MemorySource source(std::string(20'000, 'x') + "end");
+    Run([&]() -> asio::awaitable<void> {
+        const HostAndPort where{"127.0.0.1", acceptor.local_endpoint().port()};
+        const auto stream = co_await transport_->ConnectControl(where);
+        EXPECT_TRUE(stream);
+        if (!stream) co_return;
+        tcp::socket peer = co_await acceptor.async_accept(asio::use_awaitable);
+        std::string arrived;
+        for (;;) {
+            const auto sent = co_await (*stream)->Send(source, 1 << 20);
+            EXPECT_TRUE(sent);
+            if (!sent || *sent == 0) break;
+            std::string piece(*sent, ' ');
+            co_await asio::async_read(peer, asio::buffer(piece), asio::use_awaitable);
+            arrived += piece;
+        }
+        EXPECT_TRUE(arrived == std::string(20'000, 'x') + "end") << arrived.size();
+    });
+}
+
+TEST_F(NetTest, ReadingAtOnceDoesNotWait) {
+    tcp::acceptor acceptor = Listen("127.0.0.1");
+    Run([&]() -> asio::awaitable<void> {
+        const HostAndPort where{"127.0.0.1", acceptor.local_endpoint().port()};
+        const auto stream = co_await transport_->ConnectControl(where);
+        EXPECT_TRUE(stream);
+        if (!stream) co_return;
+        tcp::socket peer = co_await acceptor.async_accept(asio::use_awaitable);
+        std::string into(8, ' ');
+        EXPECT_EQ((*stream)->ReadAtOnce(asio::buffer(into)), 0U);
+        peer.send(asio::buffer("welcome", 7));
+        for (std::size_t got = 0; got == 0; co_await Wait(1ms))
+            got = (*stream)->ReadAtOnce(asio::buffer(into));
+        EXPECT_EQ(into, "welcome ");
     });
 }
 
