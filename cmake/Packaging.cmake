@@ -73,7 +73,7 @@ All texts of the program are in Swedish.")
 # Linked libraries are found by dpkg-shlibdeps. The icons are SVG, which Qt reads by a plugin.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_DEPENDS libqt6svg6)
-# The system's certificates; GIO, its knowledge of file types; a desktop without X.
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "ca-certificates, libglib2.0-0, shared-mime-info, qt6-wayland")
+# The system's certificates; what GIO, which comes with GLib, knows of file types; a desktop without X.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "ca-certificates, shared-mime-info, qt6-wayland")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION TRUE)
 include(CPack)

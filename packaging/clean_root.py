@@ -65,7 +65,8 @@ def mount(root):
     archives = CACHE / "archives"
     archives.mkdir(parents=True, exist_ok=True)
     for folder in root / "tmp/.X11-unix", Path("/tmp/.X11-unix"):
-        folder.mkdir(mode=0o1777, exist_ok=True)
+        folder.mkdir(exist_ok=True)
+        folder.chmod(0o1777)
     subprocess.run(["mount", "-t", "proc", "proc", root / "proc"], check=True)
     here = {"/dev": "dev", archives: "var/cache/apt/archives", "/tmp/.X11-unix": "tmp/.X11-unix"}
     for source, target in here.items():
