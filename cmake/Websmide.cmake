@@ -24,9 +24,7 @@ endif()
 if(WEBSMIDE_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=all)
     add_link_options(-fsanitize=address,undefined)
-    # Coroutines with clang: Asio looks for the header that they had before C++20, and clang 14 puts the function
-    # sanitizer's marks where its assembler cannot have them.
-    add_compile_definitions(ASIO_HAS_CO_AWAIT=1)
+    # Clang 14 puts the function sanitizer's marks where its assembler cannot have them.
     add_compile_options(-fno-sanitize=function)
 endif()
 

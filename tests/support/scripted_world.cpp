@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <ranges>
 
 namespace ftp_test {
 
@@ -25,11 +24,11 @@ Script ScriptedWorld::Record(const std::string& command) {
     const std::lock_guard lock(mutex_);
     commands_.push_back(command);
     recorded_.notify_all();
-    for (const Deviation& order : std::views::reverse(deviations_))
-        if (command.starts_with(order.prefix) &&
-            (order.occurrence == 0 || order.occurrence == CountOf(order.prefix)))
-            return order.script;
-    return {Proper()};
+    const auto order = std::find_if(deviations_.rbegin(), deviations_.rend(), [&](const Deviation& one) {
+        return command.starts_with(one.prefix) &&
+               (one.occurrence == 0 || one.occurrence == CountOf(one.prefix));
+    });
+    return order == deviations_.rend() ? Script{Proper()} : order->script;
 }
 
 std::vector<std::string> ScriptedWorld::Commands() const {
