@@ -11,6 +11,7 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
+#include "toolkit/accessible.h"
 #include "toolkit/pictures.h"
 #include "toolkit/wrapped_label.h"
 
@@ -42,6 +43,7 @@ class Box : public QDialog {
         auto* label = new QLabel(this);
         const int extent = style()->pixelMetric(QStyle::PM_MessageBoxIconSize);
         label->setPixmap(picture.pixmap(QSize(extent, extent), devicePixelRatioF()));
+        MakeDecorative(*label);
         message_->addWidget(label, 0, Qt::AlignTop);
     }
 
@@ -55,6 +57,7 @@ class Box : public QDialog {
             return;
         }
         auto* area = new QScrollArea(this);
+        area->setAccessibleName(QStringLiteral("Meddelande"));
         area->setWidget(label);
         area->setFixedSize(label->sizeHint().width() + 2 * style()->pixelMetric(QStyle::PM_ScrollBarExtent),
                            highest);
@@ -99,6 +102,8 @@ Answer MsgBox(QWidget* parent, const QString& text, Buttons buttons, Icon icon, 
     const QPointer<Box> box = new Box(parent, QStringLiteral("MsgBox"), title);
     if (icon == Icon::Information) box->AddPicture(InformationPicture());
     box->AddText(text);
+    box->setAccessibleDescription(text);
+    SetAccessibleRole(*box, QAccessible::AlertMessage);
     if (buttons == Buttons::Ok) {
         box->AddButton(QStringLiteral("&OK"), QStringLiteral("cmdOk"), QDialog::Accepted);
     } else {
@@ -116,6 +121,7 @@ QString InputBox(QWidget* parent, const QString& prompt, const QString& title, c
     auto* field = new QLineEdit(default_text, box);
     field->setObjectName(QStringLiteral("txtInput"));
     field->setMinimumWidth(340);
+    field->setAccessibleName(prompt);
     field->selectAll();
     box->AddText(prompt);
     box->AddRow(field);

@@ -4,6 +4,9 @@
 #include <QPainter>
 #include <algorithm>
 #include <cmath>
+#include <utility>
+
+#include "toolkit/accessible.h"
 
 namespace toolkit {
 namespace {
@@ -22,7 +25,21 @@ void PictureBox::SetRole(Role role) {
     role_ = role;
     if (role == Role::Empty) return;
     parentWidget()->installEventFilter(this);
+    if (auto* empty = qobject_cast<PictureBox*>(parentWidget())) {
+        empty->filled_part_ = this;
+        RenewPart(*empty);
+    }
     SetWidth(0);
+}
+
+int PictureBox::Percent() const {
+    return filled_part_ ? static_cast<int>(std::lround(100 * filled_part_->share_)) : 0;
+}
+
+void PictureBox::TellPercent() {
+    if (std::exchange(told_percent_, Percent()) == Percent()) return;
+    QAccessibleValueChangeEvent event(this, Percent());
+    QAccessible::updateAccessibility(&event);
 }
 
 double PictureBox::Width() const {
@@ -38,6 +55,7 @@ void PictureBox::SetWidth(double twips) {
     twips_ = std::min(std::max(twips, 0.0), full);
     share_ = full > 0 ? twips_ / full : 0;
     Place();
+    if (auto* empty = qobject_cast<PictureBox*>(parentWidget())) empty->TellPercent();
 }
 
 void PictureBox::Place() {

@@ -18,6 +18,8 @@ class PictureBox : public QWidget {
     void SetRole(Role role);
     double Width() const;         // twips
     void SetWidth(double twips);  // a filled part is held within 0 .. the parent's width
+    bool HasFilledPart() const { return filled_part_ != nullptr; }
+    int Percent() const;  // of an empty box that is filled; those who hear the window hear it
 
  protected:
     void paintEvent(QPaintEvent* event) override;
@@ -25,7 +27,10 @@ class PictureBox : public QWidget {
 
  private:
     void Place();
+    void TellPercent();
 
+    PictureBox* filled_part_ = nullptr;  // of an empty box
+    int told_percent_ = 0;
     Role role_ = Role::Empty;
     double share_ = 0;  // of the parent's width, for a filled part
     double twips_ = 0;  // as set or scaled; the widget itself has whole pixels only

@@ -5,10 +5,12 @@
 #include <QProxyStyle>
 #include <QStyleOption>
 
+#include "toolkit/accessible.h"
+
 namespace toolkit {
 namespace {
 
-constexpr int kAirInRow = 4;  // pixels
+constexpr int kAirInRow = 4, kFocusWidth = 2;  // pixels
 
 class Style : public QProxyStyle {
  public:
@@ -37,15 +39,59 @@ class Style : public QProxyStyle {
     // A menu stands out from the list below it, in the dark too.
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                        const QWidget* widget) const override {
-        if (element != PE_FrameMenu) return QProxyStyle::drawPrimitive(element, option, painter, widget);
+        if (element == PE_FrameFocusRect) {
+            const bool on_selected = option->state & State_Selected;
+            if (option->state & State_KeyboardFocusChange)
+                DrawFocus(option, on_selected ? QPalette::HighlightedText : QPalette::Link, painter);
+            return;
+        }
+        if (element != PE_FrameMenu) {
+            QProxyStyle::drawPrimitive(element, option, painter, widget);
+            if (element == PE_PanelLineEdit && HasFrame(option)) ShowFocus(option, painter);
+            return;
+        }
         painter->setPen(option->palette.color(QPalette::Disabled, QPalette::WindowText));
         painter->drawRect(option->rect.adjusted(0, 0, -1, -1));
+    }
+
+    // A list shows the focus around it, for its current row may be out of sight, and it may have none.
+    void drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override {
+        QProxyStyle::drawControl(element, option, painter, widget);
+        if (element == CE_ShapedFrame && HasFrame(option)) ShowFocus(option, painter);
+    }
+
+    void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
+                            const QWidget* widget) const override {
+        QProxyStyle::drawComplexControl(control, option, painter, widget);
+        if (control == CC_ComboBox) ShowFocus(option, painter);
     }
 
     // A picture keeps its colours where its row is selected.
     QPixmap generatedIconPixmap(QIcon::Mode mode, const QPixmap& pixmap,
                                 const QStyleOption* option) const override {
         return mode == QIcon::Selected ? pixmap : QProxyStyle::generatedIconPixmap(mode, pixmap, option);
+    }
+
+ private:
+    static bool HasFrame(const QStyleOption* option) {
+        const auto* frame = qstyleoption_cast<const QStyleOptionFrame*>(option);
+        return frame && frame->lineWidth > 0;
+    }
+
+    // A field shows where the text goes, also to who has come by the mouse.
+    static void ShowFocus(const QStyleOption* option, QPainter* painter) {
+        if (option->state & State_HasFocus) DrawFocus(option, QPalette::Link, painter);
+    }
+
+    static void DrawFocus(const QStyleOption* option, QPalette::ColorRole role, QPainter* painter) {
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing, false);
+        painter->setBrush(Qt::NoBrush);
+        painter->setPen(
+            QPen(option->palette.color(role), kFocusWidth, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+        painter->drawRect(option->rect.adjusted(1, 1, -1, -1));
+        painter->restore();
     }
 };
 
@@ -56,7 +102,7 @@ struct Colours {
 };
 
 constexpr Colours kLight{0xfff2f4f7, 0xffffffff, 0xfff6f8fa, 0xfff7f8fa, 0xffffffe8,  //
-                         0xff1a1f26, 0xff8b939d, 0xff6f7883, 0xff1f6bb5, 0xffffffff, 0xffb9c3ce,
+                         0xff1a1f26, 0xff8b939d, 0xff68717c, 0xff1f6bb5, 0xffffffff, 0xffb9c3ce,
                          0xff1259a3, 0xffffffff, 0xffe6eaef, 0xffb4bcc6, 0xff98a1ac, 0xff6d7580};
 
 constexpr Colours kDark{0xff30353c, 0xff191c20, 0xff20242a, 0xff424953, 0xff3a4048,  //
@@ -106,6 +152,7 @@ void ApplyTheme(QApplication& application) {
     const Colours& colours = DesktopIsDark() ? kDark : kLight;
     application.setStyle(new Style);
     application.setPalette(PaletteOf(colours));
+    InstallParts();
 }
 
 }  // namespace toolkit

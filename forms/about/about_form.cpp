@@ -2,6 +2,8 @@
 
 #include <QIcon>
 
+#include "toolkit/accessible.h"
+
 namespace forms {
 namespace {
 
@@ -11,6 +13,7 @@ constexpr QSize kIconSize(64, 64);
 
 Form2::Form2(QWidget& window) : OwnedDialog(window), window_(window) {
     setupUi(this);
+    toolkit::MakeDecorative(*Image1);
     Label2->setText(Label2->text().arg(QString::fromLatin1(qVersion())));
     Wire();
 }

@@ -8,6 +8,7 @@
 
 #include "app/shared/window_routines.h"
 #include "ftp/operation_gate.h"
+#include "toolkit/accessible.h"
 
 // The picture lies in a static library, where nothing else refers to it.
 static void RegisterPictures() {
@@ -28,6 +29,8 @@ constexpr double kPictureWidth = 5.2, kPictureHeight = 13;  // lines of text
 Form4::Form4(QWidget& window) : window_(window) {
     RegisterPictures();
     setupUi(this);
+    toolkit::SetAccessibleRole(*this, QAccessible::Dialog);
+    toolkit::MakeDecorative(*Image3);
     setWindowFlags(Qt::Tool);
     setAttribute(Qt::WA_ShowWithoutActivating);
     setBackgroundRole(QPalette::Base);

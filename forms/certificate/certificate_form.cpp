@@ -7,6 +7,7 @@
 #include <QTextCursor>
 
 #include "ftp/operation_gate.h"
+#include "toolkit/accessible.h"
 #include "toolkit/fonts.h"
 
 // The pictures lie in a static library, where nothing else refers to them.
@@ -52,6 +53,7 @@ frmCertificate::frmCertificate(QWidget* parent, const ftp::CertificateQuestion& 
     : QDialog(parent ? parent->window() : nullptr) {
     RegisterPictures();
     setupUi(this);
+    toolkit::MakeDecorative(*lblPicture);
     setWindowModality(Qt::ApplicationModal);
     ftp::OperationGate::AllowWhileBusy(this);
     const int extent = style()->pixelMetric(QStyle::PM_MessageBoxIconSize);

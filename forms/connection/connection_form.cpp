@@ -6,6 +6,7 @@
 #include "app/shared/ftpglob.h"
 #include "app/shared/window_routines.h"
 #include "ftp/operation_gate.h"
+#include "toolkit/accessible.h"
 #include "toolkit/fonts.h"
 #include "toolkit/message_box.h"
 
@@ -30,6 +31,7 @@ frmConnection::frmConnection(const ConnectionHost& main)
         field->setFont(toolkit::FixedPitchFont());
     txtusername->setCompleter(nullptr);  // a name that begins like the entry of the list is not that entry
     PreparePassword();
+    toolkit::NameInnerParts(*this);
     ftp::OperationGate::AllowWhileBusy(cmdDisconnect);
     Wire();
     adjustSize();
@@ -52,11 +54,13 @@ void frmConnection::Wire() {
 void frmConnection::PreparePassword() {
     reveal_->setObjectName(QStringLiteral("reveal"));
     reveal_->setCheckable(true);
+    reveal_->setShortcut(Qt::ALT | Qt::Key_V);
     const auto show = [this](bool readable) {
         txtPassword->setEchoMode(readable ? QLineEdit::Normal : QLineEdit::Password);
         reveal_->setIcon(QIcon(readable ? QStringLiteral(":/connection/hide.svg")
                                         : QStringLiteral(":/connection/show.svg")));
-        reveal_->setToolTip(readable ? QStringLiteral("Dölj lösenordet") : QStringLiteral("Visa lösenordet"));
+        reveal_->setText(readable ? QStringLiteral("Dölj lösenordet") : QStringLiteral("Visa lösenordet"));
+        reveal_->setToolTip(reveal_->text());
     };
     show(false);
     txtPassword->addAction(reveal_, QLineEdit::TrailingPosition);

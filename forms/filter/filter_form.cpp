@@ -3,6 +3,7 @@
 #include <QLineEdit>
 
 #include "app/shared/run_time_error.h"
+#include "toolkit/accessible.h"
 #include "toolkit/fonts.h"
 
 namespace forms {
@@ -30,6 +31,7 @@ Form3::Form3(const FilterHost& main) : OwnedDialog(main.window), main_(main) {
     bytes->setCompleter(nullptr);  // a number that begins like one of the list is not that one
     bytes->lineEdit()->setMaxLength(kCharactersOfNumber);
     FillLists();
+    toolkit::NameInnerParts(*this);
     Wire();
     adjustSize();
 }

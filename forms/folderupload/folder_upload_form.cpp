@@ -6,6 +6,7 @@
 
 #include "app/shared/ftpglob.h"
 #include "ftp/operation_gate.h"
+#include "toolkit/accessible.h"
 #include "toolkit/fonts.h"
 
 namespace forms {
@@ -15,6 +16,7 @@ fmRekurs::fmRekurs(const FolderUploadHost& main) : OwnedDialog(main.window), mai
     List1->setModel(&jobs_.Lines());
     Command29->setIcon(main_.favourites_picture);
     toolkit::MakeHeading(*Label5);
+    toolkit::NameInnerParts(*this);
     // The figures grow while a scan runs, and the window stays as it is.
     const QFontMetrics font = fontMetrics();
     l4->setMinimumWidth(std::max(font.horizontalAdvance(QStringLiteral("1234 567 890 KB")),

@@ -2,12 +2,14 @@
 
 #include <QPainter>
 
+#include "toolkit/accessible.h"
 #include "toolkit/wrapped_label.h"
 
 namespace forms {
 
 ElidedLabel::ElidedLabel(QWidget* parent) : QLabel(parent) {
     setTextFormat(Qt::PlainText);
+    toolkit::SetAccessibleRole(*this, QAccessible::StaticText);
 }
 
 void ElidedLabel::Show(const QString& text, const QString& note) {

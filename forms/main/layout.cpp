@@ -9,6 +9,7 @@
 
 #include "forms/main/main_form.h"
 #include "ftp/operation_gate.h"
+#include "toolkit/accessible.h"
 #include "toolkit/fonts.h"
 
 namespace forms {
@@ -40,12 +41,21 @@ int CompactWidth(const QPushButton& button) {
 void ShowPicture(QLabel& label, const QString& file) {
     const int extent = label.style()->pixelMetric(QStyle::PM_SmallIconSize);
     label.setPixmap(QIcon(file).pixmap(QSize(extent, extent), label.devicePixelRatioF()));
+    toolkit::MakeDecorative(label);
+}
+
+// What the window and its panels are to those who hear them.
+void TellRoles(QWidget& window, std::initializer_list<QWidget*> panels) {
+    toolkit::SetAccessibleRole(window, QAccessible::Window);
+    for (QWidget* panel : panels) toolkit::SetAccessibleRole(*panel, QAccessible::Grouping);
+    toolkit::NameInnerParts(window);
 }
 
 }  // namespace
 
 void MainForm::PrepareLayout() {
     resize(kFirstSize.boundedTo(screen()->availableSize()));
+    TellRoles(*this, {Frame1, Frame2});
     ShowPicture(*lokal1, QStringLiteral(":/main/computer.svg"));
     ShowPicture(*server1, QStringLiteral(":/main/server.svg"));
     toolkit::MakeHeading(*local_caption);

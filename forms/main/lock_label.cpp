@@ -3,11 +3,13 @@
 #include <QIcon>
 #include <QStyle>
 
+#include "toolkit/accessible.h"
 #include "toolkit/wrapped_label.h"
 
 namespace forms {
 
 LockLabel::LockLabel(QWidget* parent) : QLabel(parent) {
+    toolkit::SetAccessibleRole(*this, QAccessible::Graphic);
     ShowNone();
 }
 

@@ -1,6 +1,8 @@
 // Context menus, and keys beside the letters of the buttons. Whatever a button does is done by the button, so
 // that it is possible here when it is possible there.
 
+#include <QApplication>
+#include <QContextMenuEvent>
 #include <QKeyEvent>
 
 #include "app/shared/ftpglob.h"
@@ -48,6 +50,13 @@ void AddAction(QMenu& menu, const char* name, const char* text, Act act, bool po
 void PopUp(QMenu& menu, const QAbstractItemView& list, QPoint place) {
     menu.setAttribute(Qt::WA_DeleteOnClose);
     menu.popup(list.viewport()->mapToGlobal(place));
+}
+
+// Qt knows the menu key only, which many keyboards do not have.
+bool AskForMenu(QWidget* list) {
+    const QPoint place = list->inputMethodQuery(Qt::ImCursorRectangle).toRect().center();
+    QContextMenuEvent wish(QContextMenuEvent::Keyboard, place, list->mapToGlobal(place));
+    return QApplication::sendEvent(list, &wish);
 }
 
 // A key that is held starts, removes or renames once.
@@ -156,6 +165,8 @@ void MainForm::SaveTrace() {
 }
 
 bool MainForm::HandleListKey(const QObject* list, const QKeyEvent& event) {
+    if (event.key() == Qt::Key_F10 && event.modifiers() == Qt::ShiftModifier)
+        return AskForMenu(QApplication::focusWidget());
     if (event.modifiers() & ~Qt::KeypadModifier) return false;
     if (event.isAutoRepeat() && ActsOnMarkedRows(event.key())) return true;
     if (list == list2) return HandleLocalKey(event.key());

@@ -50,6 +50,8 @@ TextViewer::TextViewer(QWidget& window) : window_(window) {
     view->setTabStopDistance(kTabStop * view->fontMetrics().horizontalAdvance(u' '));
     view->document()->setDocumentMargin(kTextMargin);
     find_bar->hide();
+    // The cross that empties the field is Qt's own, and has a picture only.
+    for (QAction* action : txtFind->findChildren<QAction*>()) action->setText(QStringLiteral("Rensa"));
     ftp::OperationGate::AllowWhileBusy(this);
     Wire();
 }
