@@ -10,4 +10,5 @@ foreach(package ${CPACK_PACKAGE_FILES})
     execute_process(COMMAND chmod 755 "${folder}" "${folder}/DEBIAN" COMMAND_ERROR_IS_FATAL ANY)
     execute_process(COMMAND dpkg-deb --root-owner-group -Zxz --build "${folder}" "${package}"
         OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+    execute_process(COMMAND chmod 644 "${package}" COMMAND_ERROR_IS_FATAL ANY)  # apt reads it as another user
 endforeach()
