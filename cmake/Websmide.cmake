@@ -10,9 +10,10 @@ if(CCACHE_PROGRAM)
     set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE_PROGRAM}")
 endif()
 
+option(WEBSMIDE_WERROR "Warnings are errors" ON)
 add_library(websmide_flags INTERFACE)
-target_compile_options(websmide_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Werror
-    -fdiagnostics-color=always)
+target_compile_options(websmide_flags INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
+    $<$<BOOL:${WEBSMIDE_WERROR}>:-Werror> -fdiagnostics-color=always)
 target_include_directories(websmide_flags INTERFACE "${CMAKE_SOURCE_DIR}")
 if(WEBSMIDE_SANITIZE)
     add_compile_options(-fsanitize=${WEBSMIDE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
