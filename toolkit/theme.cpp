@@ -59,6 +59,8 @@ class Style : public QProxyStyle {
                      const QWidget* widget) const override {
         QProxyStyle::drawControl(element, option, painter, widget);
         if (element == CE_ShapedFrame && HasFrame(option)) ShowFocus(option, painter);
+        const bool by_keyboard = option->state & State_KeyboardFocusChange;
+        if (element == CE_PushButton && by_keyboard) ShowFocus(option, painter);
     }
 
     void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option, QPainter* painter,
