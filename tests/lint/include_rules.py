@@ -29,7 +29,7 @@ FORM = Room(rooms=("app/shared", "ftp", "settings", "toolkit", "platform"), libr
 
 ROOMS = {
     "ftp/engine/wire": Room(libraries=("tl",)),
-    # What the system has to do itself stands in three files: a port writes these, and no others here.
+    # What the system has to do itself stands in these files.
     "ftp/engine/net": Room(
         rooms=("ftp/engine/wire",), libraries=("tl", "asio"),
         special={"tls*": ("openssl",), "local_files_*": ("system",), "resolver.cpp": ("system",),

@@ -24,5 +24,7 @@ std::size_t Unacknowledged(asio::ip::tcp::socket& socket);
 /// without an error at the file's end. would_block: not now. operation_not_supported: not from this file,
 /// which has to be read instead. std::errc::io_error: the file cannot be read.
 std::size_t SendFromFile(asio::ip::tcp::socket& socket, int file, std::size_t limit, asio::error_code& error);
+/// The same of the number that the system's call has left in errno.
+asio::error_code FailureOfSending(int number);
 
 }  // namespace ftp

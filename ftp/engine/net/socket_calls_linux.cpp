@@ -56,14 +56,24 @@ std::size_t SendFromFile(tcp::socket& socket, int file, std::size_t limit, asio:
         error.clear();
         return static_cast<std::size_t>(sent);
     }
-    if (errno == EAGAIN || errno == EINTR) {
-        error = asio::error::would_block;
-    } else if (errno == EINVAL || errno == ENOSYS) {
-        error = asio::error::operation_not_supported;
-    } else {
-        error = SystemError(errno);
-    }
+    error = FailureOfSending(errno);
     return 0;
+}
+
+// Asio's category does not know that EIO is the io_error of the standard.
+asio::error_code FailureOfSending(int number) {
+    switch (number) {
+        case EAGAIN:
+        case EINTR:
+            return asio::error::would_block;
+        case EINVAL:
+        case ENOSYS:
+            return asio::error::operation_not_supported;
+        case EIO:
+            return std::make_error_code(std::errc::io_error);
+        default:
+            return SystemError(number);
+    }
 }
 
 void BlockBrokenPipeSignal() {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <asio/co_spawn.hpp>
 #include <asio/detached.hpp>
 #include <asio/ip/tcp.hpp>
@@ -108,7 +109,7 @@ class TcpStream : public Stream {
             if (error == std::errc::io_error) co_return Fail(FailureKind::LocalOther, {}, error.value());
             co_return Fail(FailureOf(error));
         }
-        co_return co_await SendByHand(file);
+        co_return co_await SendByHand(file, limit);
     }
 
     std::size_t Unsent() const override {
@@ -140,8 +141,8 @@ class TcpStream : public Stream {
 
  private:
     /// For files that the system does not send by itself.
-    Task<std::size_t> SendByHand(SourceFile& file) {
-        std::vector<char> buffer(256 * 1024);
+    Task<std::size_t> SendByHand(SourceFile& file, std::size_t limit) {
+        std::vector<char> buffer(std::min<std::size_t>(limit, 256 * 1024));
         const auto got = file.Read(buffer);
         if (!got) co_return Fail(got.error());
         const auto written = co_await Write(asio::buffer(buffer.data(), *got));

@@ -18,10 +18,12 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <system_error>
 
 #include "ftp/engine/net/deadline.h"
 #include "ftp/engine/net/local_files.h"
 #include "ftp/engine/net/resolver.h"
+#include "ftp/engine/net/socket_calls.h"
 #include "ftp/engine/net/stream.h"
 
 namespace ftp {
@@ -236,15 +238,26 @@ TEST_F(NetTest, FileThatTheSystemCannotSendIsReadAndWritten) {
         tcp::socket peer = co_await acceptor.async_accept(asio::use_awaitable);
         std::string arrived;
         for (;;) {
-            const auto sent = co_await (*stream)->Send(source, 1 << 20);
+            const auto sent = co_await (*stream)->Send(source, 8'000);
             EXPECT_TRUE(sent);
             if (!sent || *sent == 0) break;
+            EXPECT_LE(*sent, 8'000U);
             std::string piece(*sent, ' ');
             co_await asio::async_read(peer, asio::buffer(piece), asio::use_awaitable);
             arrived += piece;
         }
         EXPECT_TRUE(arrived == std::string(20'000, 'x') + "end") << arrived.size();
     });
+}
+
+TEST(SocketCalls, FailureOfSendingTellsTheFileFromTheLine) {
+    EXPECT_EQ(FailureOfSending(EAGAIN), asio::error::would_block);
+    EXPECT_EQ(FailureOfSending(EINTR), asio::error::would_block);
+    EXPECT_EQ(FailureOfSending(EINVAL), asio::error::operation_not_supported);
+    EXPECT_EQ(FailureOfSending(EIO), std::errc::io_error);
+    EXPECT_EQ(FailureOfSending(EIO).value(), EIO);
+    EXPECT_EQ(FailureOfSending(ECONNRESET), asio::error::connection_reset);
+    EXPECT_NE(FailureOfSending(EPIPE), std::errc::io_error);
 }
 
 TEST_F(NetTest, ReadingAtOnceDoesNotWait) {
