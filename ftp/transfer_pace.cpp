@@ -48,7 +48,7 @@ QString Duration(std::chrono::milliseconds took) {
 }
 
 QString FilesWords(const TransferOutcome& outcome) {
-    const int whole = outcome.files - outcome.failed;
+    const int whole = std::max(outcome.files - outcome.failed, 0);
     if (outcome.failed > 0 && outcome.files > 1)
         return QStringLiteral("%1 av %2 filer").arg(whole).arg(outcome.files);
     if (outcome.files == 1 && !outcome.name.isEmpty()) return ShortName(outcome.name);
@@ -91,6 +91,11 @@ void TransferTally::BeginFile(std::optional<std::int64_t> size) {
     ++files_;
     size_ = size;
     current_ = 0;
+}
+
+void TransferTally::SetSize(std::int64_t size) {
+    if (total_) *total_ += size - size_.value_or(0);
+    size_ = size;
 }
 
 void TransferTally::Report(Time now, std::int64_t bytes) {
@@ -143,7 +148,7 @@ QString OutcomeHeading(const TransferOutcome& outcome) {
 QString OutcomeWords(const TransferOutcome& outcome) {
     QString words = FilesWords(outcome) +
                     QStringLiteral(", %1 på %2").arg(SizeText(outcome.bytes), Duration(outcome.took));
-    if (outcome.failed > 0 || outcome.troubles > 0)
+    if (!outcome.aborted && (outcome.failed > 0 || outcome.troubles > 0))
         words += QStringLiteral(". Händelserna berättar om felen.");
     return words;
 }

@@ -41,6 +41,8 @@ class TransferTally {
     /// `total`: bytes of all files; nothing where that is not known.
     void Begin(Time now, std::optional<std::int64_t> total);
     void BeginFile(std::optional<std::int64_t> size);
+    /// The current file is of this size, whatever was thought before; the total changes with it.
+    void SetSize(std::int64_t size);
     /// Bytes of the current file so far.
     void Report(Time now, std::int64_t bytes);
     /// What has not moved by then is not to come any more.

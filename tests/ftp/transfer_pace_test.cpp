@@ -139,6 +139,21 @@ TEST(TransferTally, SaysNothingOfTheRestWhereTheTotalIsWrong) {
     }
 }
 
+TEST(TransferTally, BelievesTheLastWordOnASize) {
+    TransferTally tally;
+    tally.Begin(0s, 3 * kMega);
+    tally.BeginFile(kMega);
+    tally.SetSize(2 * kMega);
+    tally.Report(2s, 2 * kMega);
+    EXPECT_DOUBLE_EQ(*tally.Share(), 0.5);
+    tally.Begin(0s, 0);  // of a single file whose size is not known yet
+    tally.BeginFile(0);
+    tally.Report(1s, kMega);
+    EXPECT_EQ(tally.Share(), std::nullopt);
+    tally.SetSize(2 * kMega);
+    EXPECT_DOUBLE_EQ(*tally.Share(), 0.5);
+}
+
 // A file that has grown since it was listed takes no more of the whole than it was to take.
 TEST(TransferTally, AFileIsNoLargerThanItsSize) {
     TransferTally tally;
