@@ -64,14 +64,7 @@ void fmRekurs::Command1_Click() {
         const ftp::OperationGate gate;
         QCoreApplication::processEvents();
     }
-    {
-        sending_ = true;
-        const ftp::TransferRun run(main_.Ftp1);
-        int depth = 0;
-        for (int row = 0; row < jobs_.Count() && isVisible(); ++row) depth += Perform(row);
-        for (; depth > 0; --depth) main_.Ftp1.ChangeToParent();
-    }
-    sending_ = false;
+    SendFolder();
     if (!main_.window.isVisible()) return;
     RefreshServerPanel();
     if (isVisible())
@@ -80,6 +73,36 @@ void fmRekurs::Command1_Click() {
     main_.antal.setText(QStringLiteral("0 %"));
     main_.p2.SetWidth(kBarAtTheEnd);
     close();
+}
+
+// The watch hears of what fails until the run is over.
+void fmRekurs::SendFolder() {
+    sending_ = true;
+    const app::WatchedBatch watched(main_.watch, BytesToSend());
+    QObject listener;
+    if (main_.watch)
+        connect(&main_.Ftp1, &ftp::Component::Error, &listener, [this] { main_.watch->AddTrouble(); });
+    {
+        const ftp::TransferRun run(main_.Ftp1);
+        int depth = 0;
+        for (int row = 0; row < jobs_.Count() && isVisible(); ++row) depth += Perform(row);
+        for (; depth > 0; --depth) main_.Ftp1.ChangeToParent();
+    }
+    if (main_.watch && !isVisible()) main_.watch->Abort();
+    sending_ = false;
+}
+
+std::optional<std::int64_t> fmRekurs::BytesToSend() const {
+    std::int64_t bytes = 0;
+    app::LongWork work;
+    for (int row = 0; row < jobs_.Count() && isVisible(); ++row) {
+        if (!jobs_.Line(row).startsWith(kFileLine)) continue;
+        const auto length = platform::FileLength(jobs_.SourceOf(row));
+        if (!length) return std::nullopt;
+        bytes += *length;
+        work.Yield();
+    }
+    return bytes;
 }
 
 int fmRekurs::Perform(int row) {
@@ -104,7 +127,9 @@ void fmRekurs::SendFile(int row) {
     const QString source = jobs_.SourceOf(row);
     main_.Ftp1.SourceFileName = source;
     main_.Ftp1.DestinationFileName = line.mid(line.lastIndexOf(u'\\') + 1).toLower();
+    if (main_.watch) main_.watch->BeginFile(main_.Ftp1.DestinationFileName, platform::FileLength(source));
     main_.Ftp1.PutFile();
+    if (main_.watch) main_.watch->EndFile();
     const double sent = toolkit::Val(main_.label7.property("tag").toString());
     if (const auto length = platform::FileLength(source))
         main_.label7.setProperty("tag", toolkit::Str(sent + static_cast<double>(*length)));

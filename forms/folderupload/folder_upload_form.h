@@ -10,6 +10,7 @@
 
 #include "app/shared/long_work.h"
 #include "app/shared/owned_dialog.h"
+#include "app/shared/transfer_watch.h"
 #include "forms/folderupload/folder_rules.h"
 #include "forms/folderupload/job_list.h"
 #include "ftp/component.h"
@@ -37,6 +38,7 @@ struct FolderUploadHost {
     /// Opens the favourite folders over `window`; the chosen one goes into the two lists.
     std::function<void(QWidget& window, toolkit::DriveListBox& Drive1, toolkit::DirListBox& Dir2)>
         OpenFavourites;
+    app::TransferWatch* watch = nullptr;
 };
 
 /// A folder is opened in `Dir2` to choose it. A scan walks it and makes the job list, one line a step; the
@@ -90,7 +92,9 @@ class fmRekurs : public app::OwnedDialog, private Ui::fmRekurs {
     void RefuseDriveRoot();
     bool UserWantsToSend(QString folder);
     int Perform(int row);  // what it adds to the depth on the server
+    void SendFolder();
     void SendFile(int row);
+    std::optional<std::int64_t> BytesToSend() const;  // nothing where a file cannot be read
     void RefreshServerPanel();
 
     const FolderUploadHost main_;

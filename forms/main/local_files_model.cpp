@@ -3,6 +3,7 @@
 #include <QMimeData>
 #include <QUrl>
 
+#include "ftp/readable.h"
 #include "platform/drive_path.h"
 #include "toolkit/conversions.h"
 
@@ -47,8 +48,9 @@ int LocalFilesModel::columnCount(const QModelIndex& parent) const {
 QVariant LocalFilesModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid()) return {};
     if (role == Qt::TextAlignmentRole && index.column() == 1) return int{Qt::AlignRight | Qt::AlignVCenter};
-    if (role != Qt::DisplayRole) return {};
     const platform::FolderEntry& file = At(index.row());
+    if (role == Qt::ToolTipRole) return ftp::FileTip(file.size, file.modified);
+    if (role != Qt::DisplayRole) return {};
     switch (index.column()) {
         case 0:
             return file.name.toLower();

@@ -34,6 +34,7 @@
 #include <memory>
 #include <optional>
 
+#include "app/shared/transfer_watch.h"
 #include "forms/main/local_files_model.h"
 #include "forms/main/server_lines_model.h"
 #include "ftp/component.h"
@@ -63,6 +64,9 @@ class MainForm : public QWidget, private Ui::MainForm {
     explicit MainForm(settings::Store& store, ftp::Deadlines deadlines = {});
     ~MainForm() override;
 
+    /// Shows the three steps when the window has been painted, unless the user has had the program open
+    /// before.
+    void GreetNewUser();
     /// Stores `code` into the component's action property. The number of the error, which has been shown in a
     /// message box, or 0.
     std::int16_t ExecuteCommand(std::int16_t code);
@@ -106,6 +110,7 @@ class MainForm : public QWidget, private Ui::MainForm {
     void UnloadSecondaryWindows();
     void ShowText(const QString& path);
     int TellShellResult(int result, const QString& path);  // the same result
+    bool HasBeenOpenBefore() const;
     void RestorePlace();
     void SavePlace();
     // wiring.cpp
@@ -146,6 +151,7 @@ class MainForm : public QWidget, private Ui::MainForm {
     void Command17_Click();
     void Command18_Click();
     void Command19_Click();
+    Form4& HelpPanel();
     // encryption.cpp
     void PrepareEncryption();
     void ShowLock(bool connected);
@@ -179,9 +185,12 @@ class MainForm : public QWidget, private Ui::MainForm {
     bool UserWantsToDeleteMarked();
     std::optional<QString> FetchIntoTemporaryFolder();  // the copy of the selected server file
     // transfers.cpp
+    void PrepareWatch();
+    void ComeToFront();
     void Command1_Click();
     void Send(const std::vector<Upload>& uploads, const QString& folder);
     void SendOne(const Upload& file);
+    void Watched(const QString& name, std::optional<std::int64_t> size, void (ftp::Component::*transfer)());
     void Command2_Click();
     void FetchOne(const QString& file, const QString& local_path);
     void Command23_Click();
@@ -233,6 +242,7 @@ class MainForm : public QWidget, private Ui::MainForm {
     ftp::Component* const Ftp1;
     ServerLinesModel* const server_lines_;
     LocalFilesModel* const local_files_;
+    app::TransferWatch watch_;
     QMenu* const tabd;
     bool adding_ = false;            // a listing line is being added by Ftp1_DirItem, not chosen by the user
     QPointer<QWidget> focus_after_;  // the focus when the server panel is released

@@ -4,6 +4,7 @@
 #include <QHelpEvent>
 #include <QToolTip>
 
+#include "ftp/readable.h"
 #include "toolkit/wrapped_label.h"
 
 namespace forms {
@@ -32,8 +33,10 @@ bool ServerList::viewportEvent(QEvent* event) {
     const auto& help = static_cast<const QHelpEvent&>(*event);
     const QModelIndex row = indexAt(help.pos());
     const bool shortened = row.isValid() && sizeHintForIndex(row).width() > viewport()->width();
-    QToolTip::showText(help.globalPos(), shortened ? toolkit::PlainToolTip(row.data().toString()) : QString(),
-                       viewport());
+    QStringList tip{shortened ? row.data().toString() : QString(),
+                    ftp::ListingTip(row.data().toString(), QDate::currentDate())};
+    tip.removeAll(QString());
+    QToolTip::showText(help.globalPos(), toolkit::PlainToolTip(tip.join(u'\n')), viewport());
     return true;
 }
 

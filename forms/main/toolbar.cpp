@@ -9,6 +9,35 @@
 #include "platform/folder.h"
 
 namespace forms {
+namespace {
+
+/// Acts once, from the event loop, when the widget has been painted for the first time.
+class AfterPainting : public QObject {
+ public:
+    AfterPainting(QWidget& widget, std::function<void()> act) : QObject(&widget), act_(std::move(act)) {
+        widget.installEventFilter(this);
+    }
+
+ protected:
+    bool eventFilter(QObject* widget, QEvent* event) override {
+        if (event->type() == QEvent::Paint) {
+            widget->removeEventFilter(this);
+            QMetaObject::invokeMethod(
+                this,
+                [this] {
+                    act_();
+                    deleteLater();
+                },
+                Qt::QueuedConnection);
+        }
+        return false;
+    }
+
+ private:
+    const std::function<void()> act_;
+};
+
+}  // namespace
 
 void MainForm::cmdConnection_Click() {
     connection_ = std::make_unique<frmConnection>(
@@ -43,15 +72,28 @@ void MainForm::Command18_Click() {
     about_->Form_Load();
 }
 
-void MainForm::Command19_Click() {
+Form4& MainForm::HelpPanel() {
     if (!help_panel_) {
         help_panel_ = std::make_unique<Form4>(*this);
         help_panel_->Form_Load();
     }
-    const bool show = !help_panel_->isVisible();
-    help_panel_->setVisible(show);
+    return *help_panel_;
+}
+
+void MainForm::Command19_Click() {
+    const bool show = !HelpPanel().isVisible();
+    HelpPanel().setVisible(show);
     store_.SaveSetting(settings::kFtpApplication, QStringLiteral("general"), QStringLiteral("visa"),
                        show ? QStringLiteral("1") : QStringLiteral("0"));
+}
+
+// Nothing is stored: whether the panel is wanted is for the user to say. Once the window has been painted,
+// its frame is known, which the panel takes its place from.
+void MainForm::GreetNewUser() {
+    if (HasBeenOpenBefore()) return;
+    new AfterPainting(*this, [this] {
+        if (isVisible()) HelpPanel().show();
+    });
 }
 
 }  // namespace forms

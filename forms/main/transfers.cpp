@@ -2,6 +2,7 @@
 
 #include "app/shared/ftpglob.h"
 #include "forms/folderupload/folder_upload_form.h"
+#include "forms/main/live_tip.h"
 #include "forms/main/main_form.h"
 #include "forms/transfer/transfer_form.h"
 #include "ftp/progress_arithmetic.h"
@@ -10,12 +11,37 @@
 #include "toolkit/message_box.h"
 
 namespace forms {
+namespace {
+
+std::int64_t NumberIn(const std::optional<QString>& text) {
+    return text ? text->trimmed().toLongLong() : 0;
+}
+
+}  // namespace
+
+// The pace is of interest above all while another window, as that of the queue, is the active one.
+void MainForm::PrepareWatch() {
+    auto* tip = new LiveTip(*Picture3);
+    connect(&watch_, &app::TransferWatch::WordsChanged, tip, [this, tip](const QString& words) {
+        setAttribute(Qt::WA_AlwaysShowToolTips, watch_.Running());
+        tip->SetText(words);
+    });
+    connect(&watch_, &app::TransferWatch::NoticeChosen, this, &MainForm::ComeToFront);
+}
+
+void MainForm::ComeToFront() {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    QWidget& front = FrontWindow();
+    front.raise();
+    front.activateWindow();
+}
 
 void MainForm::Command1_Click() {
     QList<int> marked = List1->SelectedRows();
     if (marked.isEmpty()) marked = {List1->ListIndex()};
     std::vector<Upload> uploads;
-    for (const int row : marked) uploads.push_back({LocalPathOfRow(row), List1->List(row)});
+    for (const int row : marked)
+        uploads.push_back({LocalPathOfRow(row), List1->List(row), local_files_->At(row).size});
     Send(uploads, Dir1->Path());
 }
 
@@ -35,7 +61,7 @@ void MainForm::SendOne(const Upload& file) {
     avb->setEnabled(true);
     Ftp1->SourceFileName = file.path;
     Ftp1->DestinationFileName = file.name;
-    Ftp1->PutFile();
+    Watched(file.name, platform::FileLength(file.path), &ftp::Component::PutFile);
     app::Globals().UploadRunning = 0;
     avb->setEnabled(false);
 }
@@ -62,9 +88,19 @@ void MainForm::FetchOne(const QString& file, const QString& local_path) {
     avb->setEnabled(true);
     Ftp1->SourceFileName = file;
     Ftp1->DestinationFileName = local_path;
-    Ftp1->GetFile();
+    Watched(file, NumberIn(ftp::SizeColumn(listdir2->SelectedItemText())), &ftp::Component::GetFile);
     avb->setEnabled(false);
     app::Globals().DownloadRunning = 0;
+}
+
+// A single file.
+void MainForm::Watched(const QString& name, std::optional<std::int64_t> size,
+                       void (ftp::Component::*transfer)()) {
+    const app::WatchedBatch batch(&watch_, size);
+    const int failures = failures_;
+    watch_.BeginFile(name, size);
+    (Ftp1->*transfer)();
+    if (failures_ != failures) watch_.Fail();
 }
 
 // Who has pressed a button that is disabled now goes on in the list that it belongs to.
@@ -96,7 +132,7 @@ void MainForm::RememberFolder(const QString& folder) {
 
 void MainForm::ShowTransferWindow(const std::vector<Upload>& uploads) {
     transfer_ = std::make_unique<Form1>(
-        TransferHost{*this, *Ftp1, *listDir, *listdir2, *Dir1, *avb, *antal, *label7, *p2, uploads});
+        TransferHost{*this, *Ftp1, *listDir, *listdir2, *Dir1, *avb, *antal, *label7, *p2, uploads, &watch_});
     transfer_->Form_Load();
 }
 
@@ -123,6 +159,7 @@ void MainForm::Command23_Click() {
         .OpenFavourites = [this](
                               QWidget& window, toolkit::DriveListBox& drive,
                               toolkit::DirListBox& folders) { OpenFavourites(window, drive, folders, {}); },
+        .watch = &watch_,
     });
     folder_upload_->Form_Load();
 }
@@ -130,6 +167,7 @@ void MainForm::Command23_Click() {
 void MainForm::avb_Click() {
     if (!UserWantsToAbort(*this)) return;
     ++failures_;  // what was fetched is not wanted any more, also where it has come meanwhile
+    watch_.AbortFile();
     Ftp1->AbortTransfer();
     antal->setText(QStringLiteral("0 %"));
     p2->SetWidth(kAbortedBarWidth);
@@ -137,6 +175,9 @@ void MainForm::avb_Click() {
 
 void MainForm::Ftp1_Progress(std::int64_t bytes) {
     app::ftpglob& globals = app::Globals();
+    if (const auto stated = Ftp1->StatedSize(); stated && globals.DownloadRunning == 1)
+        watch_.SetSize(*stated);
+    watch_.Report(bytes);
     if (globals.FolderUploadRunning) {
         const std::int64_t done = label7->property("tag").toLongLong() + bytes;
         label7->setText(QString::number(done));

@@ -43,6 +43,7 @@ MainForm::MainForm(settings::Store& store, ftp::Deadlines deadlines)
     Ftp1->setObjectName(QStringLiteral("Ftp1"));
     Ftp1->ResolveLocalPath = &platform::Resolve;
     PrepareEncryption();
+    PrepareWatch();
     tabd->setObjectName(QStringLiteral("tabd"));
     store_.OnProblem([this](int number, const QString& text) { Trace(ftp::ErrorLine(number, text)); });
     PrepareLayout();
@@ -53,6 +54,7 @@ MainForm::MainForm(settings::Store& store, ftp::Deadlines deadlines)
 }
 
 MainForm::~MainForm() {
+    watch_.Leave();
     Ftp1->Shutdown();
     store_.OnProblem(nullptr);
 }
@@ -83,6 +85,7 @@ void MainForm::MDIForm_QueryUnload() {
 // about.
 void MainForm::closeEvent(QCloseEvent* event) {
     MDIForm_QueryUnload();
+    watch_.Leave();
     Ftp1->Shutdown();
     UnloadSecondaryWindows();
     event->accept();
@@ -100,6 +103,11 @@ void MainForm::SavePlace() {
     save(objectName(), saveGeometry());
     for (const QSplitter* splitter : {workspace, panels, local_lists})
         save(splitter->objectName(), splitter->saveState());
+}
+
+// Every closing leaves the place behind.
+bool MainForm::HasBeenOpenBefore() const {
+    return !store_.GetSetting(kWindowApplication, kWindowSection, objectName()).isEmpty();
 }
 
 // A state that is missing or garbage is refused by Qt itself; the window then keeps the place it has.

@@ -8,6 +8,8 @@
 #include <optional>
 #include <vector>
 
+#include "app/shared/transfer_watch.h"
+#include "forms/transfer/queue_model.h"
 #include "ftp/component.h"
 #include "toolkit/file_controls.h"
 #include "toolkit/lists.h"
@@ -20,6 +22,7 @@ namespace forms {
 struct Upload {
     QString path;
     QString name;
+    std::optional<std::int64_t> size = {};  // bytes, where the list tells
 };
 
 /// What the window uses of the main window, under the names that it has there. All of it outlives the window.
@@ -34,11 +37,15 @@ struct TransferHost {
     QLabel& label7;
     toolkit::PictureBox& p2;
     std::vector<Upload> uploads;  // what goes up, in this order: the selected rows of List1, or dropped files
+    app::TransferWatch* watch = nullptr;
 };
 
 /// One batch: the uploads go up where UploadRunning is 1, the selected rows of listDir come down where
 /// DownloadRunning is. The user's closing it asks to abort; closing it from the program ends the batch with
 /// the file that is running.
+///
+/// The queue shows how each file stands. The row of the file on its way is the current one, whatever the user
+/// does; the queue scrolls with it, unless the user has scrolled it out of sight.
 class Form1 : public QDialog, private Ui::Form1 {
     Q_OBJECT
  public:
@@ -54,27 +61,37 @@ class Form1 : public QDialog, private Ui::Form1 {
 
  protected:
     void closeEvent(QCloseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
     struct Job {
         QString source;
         QString destination;
-        std::optional<std::int64_t> size = {};  // bytes, where the listing tells
+        std::optional<std::int64_t> size;      // bytes, where they are known
+        std::optional<std::int64_t> expected;  // where the listing tells
     };
 
     void Wire();
     void Form_QueryUnload();
     void Command1_Click();
     void Timer1_Timer();
+    void Ftp1_Error(std::int32_t number, const QString& text);
     void skicka();
     std::vector<Job> QueueUploads();
     std::vector<Job> QueueDownloads();
+    void Run(const std::vector<Job>& jobs, std::int16_t& running, void (ftp::Component::*transfer)());
+    void ShowCurrent(int entry);
+    void MarkFailed(int entry);
+    bool ScrollByKey(int key);
     /// One transfer after the other; `running` is 1 during each of them. Small files may still be on their
     /// way when the next one begins.
-    void Run(const std::vector<Job>& jobs, std::int16_t& running, void (ftp::Component::*transfer)());
+    void Transfer(const std::vector<Job>& jobs, std::int16_t& running, void (ftp::Component::*transfer)());
 
     const TransferHost main_;
     QTimer* const Timer1;
+    QueueModel* const queue_;
+    std::optional<int> entry_;  // whose transfer is being called
     bool AbortRequested_ = false;
 };
 

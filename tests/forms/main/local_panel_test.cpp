@@ -12,6 +12,20 @@ QString Title(const char* rest) {
     return QStringLiteral("Websmide's FTP-program 3.0") + QString::fromUtf8(rest);
 }
 
+TEST_F(LocalPanel, ARowTellsSizeAndTimeInWords) {
+    MakeFile("a.txt", 48213);
+    QFile file(files_.filePath("a.txt"));
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    ASSERT_TRUE(
+        file.setFileTime(QDateTime(QDate(2024, 3, 12), QTime(14, 30)), QFileDevice::FileModificationTime));
+    file.close();
+    Open();
+    const QAbstractItemModel& rows = *Get<QAbstractItemView>("list2").model();
+    for (int column = 0; column < 3; ++column)
+        EXPECT_EQ(rows.index(0, column).data(Qt::ToolTipRole).toString().replace(QChar::Nbsp, u' '),
+                  "48 213 byte (47,1 kB)\nsenast ändrad tisdag 12 mars 2024 kl. 14.30");
+}
+
 TEST_F(LocalPanel, ListsTheCurrentFolderInLowerCaseAndNoFolders) {
     MakeFile(QStringLiteral("Index.HTML"), 100);
     MakeFile(QStringLiteral("ÅTERBUD.txt"), 2048);

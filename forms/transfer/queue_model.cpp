@@ -1,0 +1,97 @@
+#include "forms/transfer/queue_model.h"
+
+#include <QGuiApplication>
+#include <QPalette>
+
+// The pictures lie in a static library, where nothing else refers to them.
+static void RegisterPictures() {
+    Q_INIT_RESOURCE(transfer);
+}
+
+namespace forms {
+namespace {
+
+constexpr int kMostPlaces = 64;  // in the text of an error, where the name of a file may begin
+
+QIcon Picture(const char* name) {
+    return QIcon(QStringLiteral(":/transfer/%1.svg").arg(QLatin1String(name)));
+}
+
+}  // namespace
+
+QString NameOf(EntryState state) {
+    switch (state) {
+        case EntryState::Running:
+            return QStringLiteral("pågår");
+        case EntryState::Done:
+            return QStringLiteral("klar");
+        case EntryState::Failed:
+            return QStringLiteral("misslyckades");
+        case EntryState::Waiting:
+            break;
+    }
+    return QStringLiteral("väntar");
+}
+
+QueueModel::QueueModel(QObject* parent) : LineModel(parent) {
+    RegisterPictures();
+    pictures_ = {Picture("waiting"), Picture("running"), Picture("done"), Picture("failed")};
+}
+
+void QueueModel::SetEntries(const QStringList& lines, const QStringList& files) {
+    states_.assign(static_cast<std::size_t>(lines.size()), EntryState::Waiting);
+    rows_.clear();
+    rows_.reserve(files.size());
+    for (int row = 0; row < static_cast<int>(files.size()); ++row) rows_.insert(files[row], row);
+    SetLines(lines);
+}
+
+EntryState QueueModel::State(int row) const {
+    const bool known = row >= 0 && static_cast<std::size_t>(row) < states_.size();
+    return known ? states_[static_cast<std::size_t>(row)] : EntryState::Waiting;
+}
+
+void QueueModel::SetState(int row, EntryState state) {
+    const bool known = row >= 0 && static_cast<std::size_t>(row) < states_.size();
+    if (!known || State(row) == state) return;
+    states_[static_cast<std::size_t>(row)] = state;
+    Q_EMIT StateChanged(row);
+}
+
+int QueueModel::BegunRow(const QString& file) const {
+    const int row = rows_.value(file, -1);
+    return State(row) == EntryState::Waiting ? -1 : row;
+}
+
+// The name stands at the end, either in brackets or after a colon; what stands before it, and the name
+// itself, may hold both.
+int QueueModel::RowOfError(const QString& text) const {
+    const auto look = [&](const QString& opening, const QString& whole) {
+        qsizetype place = whole.indexOf(opening);
+        for (int i = 0; place >= 0 && i < kMostPlaces; ++i, place = whole.indexOf(opening, place + 1))
+            if (const int row = BegunRow(whole.mid(place + opening.size())); row >= 0) return row;
+        return -1;
+    };
+    const int bracketed = text.endsWith(u']') ? look(QStringLiteral(" ["), text.chopped(1)) : -1;
+    return bracketed >= 0 ? bracketed : look(QStringLiteral(": "), text);
+}
+
+QVariant QueueModel::data(const QModelIndex& index, int role) const {
+    if (!index.isValid()) return {};
+    const EntryState state = State(index.row());
+    switch (role) {
+        case Qt::DecorationRole:
+            return pictures_[static_cast<std::size_t>(state)];
+        case Qt::ForegroundRole:
+            if (state != EntryState::Done) return {};
+            return QGuiApplication::palette().brush(QPalette::PlaceholderText);
+        case Qt::AccessibleTextRole:
+            return QString(At(index.row()) + QStringLiteral(", ") + NameOf(state));
+        case Qt::AccessibleDescriptionRole:
+            return NameOf(state);
+        default:
+            return LineModel::data(index, role);
+    }
+}
+
+}  // namespace forms

@@ -1,0 +1,48 @@
+#pragma once
+// The queue of the transfer window: the files of a batch, and how each of them stands. UI thread only.
+
+#include <QHash>
+#include <QIcon>
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "toolkit/lists.h"
+
+namespace forms {
+
+enum class EntryState : std::uint8_t { Waiting, Running, Done, Failed };
+
+/// "väntar", "pågår", "klar", "misslyckades"
+QString NameOf(EntryState state);
+
+/// The texts of the rows are those that they are given; the state shows as a picture before the text, in its
+/// colour, and in what the row is called to those who cannot see it. A changed state is told by StateChanged
+/// and not as changed data, which would lay out all rows again: 100,000 of them change one after the other.
+class QueueModel : public toolkit::LineModel {
+    Q_OBJECT
+ public:
+    explicit QueueModel(QObject* parent = nullptr);
+
+    /// All waiting. `files` are what the component's errors call them by, one a row.
+    void SetEntries(const QStringList& lines, const QStringList& files);
+    EntryState State(int row) const;
+    /// Rows that are no more are left alone.
+    void SetState(int row, EntryState state);
+    /// The row of the file that the text of an error names; -1 where it names none that has been begun.
+    int RowOfError(const QString& text) const;
+
+    QVariant data(const QModelIndex& index, int role) const override;
+
+ Q_SIGNALS:
+    void StateChanged(int row);
+
+ private:
+    int BegunRow(const QString& file) const;
+
+    std::array<QIcon, 4> pictures_;
+    std::vector<EntryState> states_;
+    QHash<QString, int> rows_;  // by file
+};
+
+}  // namespace forms

@@ -1,0 +1,210 @@
+#include <QDBusConnection>
+#include <QHelpEvent>
+#include <QScrollBar>
+#include <QToolTip>
+#include <QWheelEvent>
+
+#include "app/shared/transfer_watch.h"
+#include "tests/forms/session/folder_upload.h"
+#include "tests/platform/session_bus.h"
+#include "tools/demo/input.h"
+
+using ftp_test::Say;
+using ftp_test::SendData;
+using ftp_test::Stall;
+using toolkit_test::ExpectBox;
+
+namespace forms {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr int kPatience = 20'000;  // milliseconds, for what comes from elsewhere
+
+// What the program tells of a batch beside the strip itself, on the watch's own clock.
+class Watching : public FolderUpload {
+ protected:
+    void SetUp() override {
+        Session::SetUp();
+        app::TransferWatch::clock = [this] { return now_; };
+        for (const char* name : {"x.txt", "y.txt", "z.txt"})
+            server_.AddFile(name, std::string(3000, name[0]));
+        MakeFile("a.txt", "abc");
+        MakeFile("mapp/b.txt", std::string(2000, 'b'));
+        MakeFile("mapp/c/d.txt", std::string(1000, 'd'));
+        Open();
+        Connect(server_.HostField());
+    }
+    void TearDown() override {
+        Session::TearDown();
+        app::TransferWatch::clock = clock_;
+        app::TransferWatch::long_batch = 30s;
+    }
+
+    void FetchAll() {
+        for (const char* name : {"x.txt", "y.txt", "z.txt"})
+            ClickServer(name, name[0] == 'x' ? Qt::NoModifier : Qt::ControlModifier);
+        ClickOn("Command2");
+    }
+    void Stop(const std::string& name) {
+        server_.At("RETR " + name, 1, {Say("150 Here it comes."), SendData("0123456789"), Stall()});
+    }
+    static toolkit::ListBox& Queue() { return *Window("Form1")->findChild<toolkit::ListBox*>("l1"); }
+    static QString StateOf(int row) {
+        return Queue().model()->index(row, 0).data(Qt::AccessibleDescriptionRole).toString();
+    }
+    void Abort() {
+        ExpectBox question(kAbortTitle, kAbortQuestion, "cmdYes");
+        QTest::mouseClick(Window("Form1")->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    }
+    QString Tip() { return Get("Picture3").toolTip().replace(QChar::Nbsp, u' '); }
+
+    std::chrono::milliseconds now_ = 1h;
+    const app::TransferWatch::Clock clock_ = app::TransferWatch::clock;
+    ftp_test::ScriptedServer server_;
+};
+
+TEST_F(Watching, TheQueueShowsHowEachFileStands) {
+    server_.At("RETR x.txt", {Say("550 No.")});
+    Stop("y.txt");
+    bool seen = false;
+    When([] { return Window("Form1") && StateOf(0) == "misslyckades" && StateOf(1) == "pågår"; },
+         [&] {
+             seen = true;
+             EXPECT_EQ(StateOf(2), "väntar");
+             EXPECT_EQ(Queue().ListIndex(), 1);
+             EXPECT_TRUE(Queue().List(0).endsWith(" x.txt"));
+             Abort();
+         });
+    FetchAll();
+    EXPECT_TRUE(seen);
+}
+
+TEST_F(Watching, AFileThatHasComeIsDone) {
+    Stop("z.txt");
+    bool seen = false;
+    When([] { return Window("Form1") && StateOf(2) == "pågår" && StateOf(1) == "klar"; },
+         [&] {
+             seen = true;
+             EXPECT_EQ(StateOf(0), "klar");
+             Abort();
+         });
+    FetchAll();
+    EXPECT_TRUE(seen);
+}
+
+TEST_F(Watching, TheQueueScrollsAndKeepsItsCurrentRow) {
+    std::vector<std::string> listing;
+    for (int i = 0; i < 60; ++i)
+        listing.push_back("-rw-r--r-- 1 u g 3000000 Jan 1 10:00 fil" + std::to_string(100 + i) + ".txt");
+    server_.SetListing(listing);
+    ClickOn("Command9");
+    Stop("fil100.txt");
+    ClickRow("listdir2", 0);
+    QTest::keyClick(&Get("listdir2"), Qt::Key_A, Qt::ControlModifier);
+    bool seen = false;
+    When([this] { return Window("Form1") && Strip("label7") == "10"; },
+         [&] {
+             seen = true;
+             QScrollBar& bar = *Queue().verticalScrollBar();
+             QWidget& rows = *Queue().viewport();
+             ASSERT_GT(bar.maximum(), 0);
+             QTest::keyClick(Window("Form1")->focusWidget(), Qt::Key_PageDown);
+             const int page = bar.value();
+             EXPECT_GT(page, 0);
+             QTest::keyClick(Window("Form1")->focusWidget(), Qt::Key_Down);
+             EXPECT_GT(bar.value(), page);
+             QTest::keyClick(Window("Form1")->focusWidget(), Qt::Key_End);
+             EXPECT_EQ(bar.value(), bar.maximum());
+             QWheelEvent wheel(rows.rect().center(), rows.mapToGlobal(rows.rect().center()), {}, {0, 120},
+                               Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+             QApplication::sendEvent(&rows, &wheel);
+             EXPECT_LT(bar.value(), bar.maximum());
+             QTest::mouseClick(&rows, Qt::LeftButton, {}, {20, 20});
+             EXPECT_EQ(Queue().ListIndex(), 0);
+             QTest::keyClick(Window("Form1")->focusWidget(), Qt::Key_Home);
+             EXPECT_EQ(bar.value(), 0);
+             EXPECT_EQ(Queue().SelectedRows(), QList<int>({0}));
+             Abort();
+         });
+    ClickOn("Command2");
+    EXPECT_TRUE(seen);
+}
+
+TEST_F(Watching, TheStripTellsThePaceWhileTheMouseRestsThere) {
+    Stop("x.txt");
+    demo::Input input;
+    QStringList told;
+    When([this] { return Window("Form1") && Strip("label7") == "10"; },
+         [&] {
+             const QWidget& label = Get("label7");
+             input.Move(label.mapToGlobal(label.rect().center()) - QPoint(3, 0));
+             input.Move(label.mapToGlobal(label.rect().center()));
+             EXPECT_TRUE(QTest::qWaitFor([] { return QToolTip::isVisible(); }, kPatience));
+             told.append(QToolTip::text());
+             now_ += 1min;
+             EXPECT_TRUE(QTest::qWaitFor([&] { return QToolTip::text() != told.first(); }, kPatience));
+             told.append(QToolTip::text());
+             input.Move({1, 1});
+             Abort();
+         });
+    FetchAll();
+    EXPECT_EQ(told, QStringList({"Överföringen har börjat", "Ingenting kommer fram just nu"}));
+    EXPECT_EQ(Tip(), "");  // of a batch that has been aborted
+}
+
+TEST_F(Watching, AfterwardsTheStripTellsHowItWent) {
+    FetchAll();
+    EXPECT_EQ(Tip(), "8,8 kB på 1 s (8,6 MB/s)");
+    ClickLocal("a.txt");
+    ClickOn("Command1");
+    EXPECT_EQ(Tip(), "3 byte på 1 s (2,9 kB/s)");
+    Choose("mapp");
+    Send("mapp");
+    EXPECT_EQ(Tip(), "2,9 kB på 1 s (2,9 MB/s)");
+}
+
+TEST_F(Watching, ANoticeTellsOfTheEndAndLeadsBackToTheWindow) {
+    const SessionBus bus;
+    FakeDesktop desktop(bus);
+    qputenv("DBUS_SESSION_BUS_ADDRESS", bus.Address().toUtf8());
+    app::TransferWatch::long_batch = -1ms;
+    ClickLocal("a.txt");
+    window_->showMinimized();
+    ASSERT_TRUE(QTest::qWaitFor([] { return !QApplication::activeWindow(); }, kPatience));
+    Button("Command1").click();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return desktop.notices.size() == 1; }, kPatience));
+    EXPECT_EQ(desktop.notices[0].heading, "Överföringen är klar");
+    EXPECT_EQ(desktop.notices[0].text, "a.txt, 3 byte på 1 s");
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] {
+            Q_EMIT desktop.ActionInvoked(41, "default");
+            return QTest::qWaitFor([this] { return window_->isActiveWindow(); }, 100);
+        },
+        kPatience));
+    qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+}
+
+TEST_F(Watching, AServerRowTellsSizeAndTimeInWords) {
+    server_.SetListing({"-rw-r--r-- 1 u g 48213 Mar 12 2024 x.txt",
+                        "-rw-r--r-- 1 u g 7 Mar 12 2024 <b>" + std::string(300, 'y') + ".txt", "nonsense"});
+    ClickOn("Command9");
+    auto& list = Get<QAbstractItemView>("listdir2");
+    const auto tip_of = [&](int row) {
+        QToolTip::hideText();
+        const QPoint place = list.visualRect(list.model()->index(row, 0)).center();
+        QHelpEvent help(QEvent::ToolTip, place, list.viewport()->mapToGlobal(place));
+        QApplication::sendEvent(list.viewport(), &help);
+        return QToolTip::text().replace(QChar::Nbsp, u' ');
+    };
+    EXPECT_TRUE(tip_of(0).contains("48 213 byte (47,1 kB)\nsenast ändrad tisdag 12 mars 2024"));
+    EXPECT_FALSE(tip_of(0).contains("x.txt"));
+    EXPECT_TRUE(tip_of(1).contains("&lt;b&gt;y"));  // shortened: the whole line first
+    EXPECT_TRUE(tip_of(1).contains(".txt\n7 byte\nsenast ändrad"));
+    QToolTip::hideText();
+    EXPECT_TRUE(QTest::qWaitFor([] { return !QToolTip::isVisible(); }, kPatience));
+    EXPECT_FALSE(tip_of(2).contains("nonsense"));
+}
+
+}  // namespace
+}  // namespace forms
