@@ -18,5 +18,6 @@ int main(int argc, char** argv) {
     settings::Store store(qEnvironmentVariable("WEBSMIDE_SETTINGS_DIR"));
     forms::MainForm window(store);
     window.show();
+    window.GreetNewUser();
     return application.exec();
 }

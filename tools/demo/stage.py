@@ -28,6 +28,12 @@ user={user}
 [general]
 antal=1
 """
+# Where the program has been open before, it leaves the place of its window; a new user is greeted with the three steps,
+# which stand before what a script presses. A place that cannot be read is no place.
+WINDOW_FILE = "Websmide's FTP program, fönster.conf"
+WINDOW = """[MainForm]
+MainForm=-
+"""
 
 
 def give_up_root(home):

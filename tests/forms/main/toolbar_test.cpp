@@ -46,6 +46,38 @@ TEST_F(Toolbar, TheHelpPanelEndsWithTheProgram) {
     EXPECT_FALSE(Window("Form4"));
 }
 
+// Only once: the place of the window, which it leaves behind, says that the user knows the program.
+TEST_F(Toolbar, TheThreeStepsGreetANewUser) {
+    window_ = std::make_unique<MainForm>(store_);
+    window_->show();
+    window_->GreetNewUser();
+    ASSERT_TRUE(QTest::qWaitFor([] { return Window("Form4") != nullptr; }));
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(Window("Form4")));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window_.get()));
+    EXPECT_EQ(Shown(), "");
+    EXPECT_TRUE(QRect(window_->frameGeometry()).contains(Window("Form4")->frameGeometry().topLeft()));
+    ClickOn("Command19");
+    EXPECT_FALSE(Window("Form4"));
+    EXPECT_EQ(Shown(), "0");
+    Close();
+
+    window_ = std::make_unique<MainForm>(store_);
+    window_->show();
+    window_->GreetNewUser();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window_.get()));
+    QApplication::processEvents();
+    EXPECT_FALSE(Window("Form4"));
+}
+
+TEST_F(Toolbar, AWindowThatIsClosedAtOnceGreetsNobody) {
+    window_ = std::make_unique<MainForm>(store_);
+    window_->show();
+    window_->GreetNewUser();
+    Close();
+    QApplication::processEvents();
+    EXPECT_FALSE(Window("Form4"));
+}
+
 TEST_F(Toolbar, TheAboutBoxHoldsTheWindow) {
     Open();
     ClickOn("Command18");
