@@ -14,7 +14,7 @@ sys.path.insert(0, str(SOURCE / "tools/demo"))
 
 import stage  # noqa: E402
 
-PLAYER = SOURCE / "build/package/plugins/generic/libdemo_player.so"
+PLAYER = SOURCE / "build/package-test/plugins/generic/libdemo_player.so"
 INPUT_LIBRARY = "libxcb-xtest.so.0"  # the player's, not the program's
 
 
