@@ -46,13 +46,14 @@ class Scene:
             path.chmod(0o777)  # the server gives them to a user of its own, and the player puts a file there
         (demo / "runtime").chmod(0o700)
 
-    def write_profile(self, address):
+    def write_settings(self, address):
+        """A profile, and that the program has been open before."""
         folder = self.outside(self.home / ".config/websmide")
-        file = folder / stage.SETTINGS_FILE
-        folder.mkdir(parents=True)
-        file.write_text(stage.PROFILE.format(host="{}:{}".format(*address), name="Demo", user="demo", password="demo"),
-                        "utf-8")
-        for path in folder.parent, folder, file:
+        folder.mkdir(parents=True, exist_ok=True)
+        profile = stage.PROFILE.format(host="{}:{}".format(*address), name="Demo", user="demo", password="demo")
+        (folder / stage.SETTINGS_FILE).write_text(profile, "utf-8")
+        (folder / stage.WINDOW_FILE).write_text(stage.WINDOW, "utf-8")
+        for path in folder.parent, folder, *folder.iterdir():
             os.chown(path, *self.owner)
 
     def start(self, screen, environment):
@@ -64,7 +65,7 @@ class Scene:
         """The demo session, from the connection to the closing of the window."""
         with contextlib.ExitStack() as session:
             address = session.enter_context(stage.ftp_server(self.outside(self.demo / "server"), ("demo", "demo")))
-            self.write_profile(address)
+            self.write_settings(address)
             screen = session.enter_context(stage.virtual_screen(self.outside(self.demo / "screen")))
             environment = {"QT_QPA_GENERIC_PLUGINS": "demo_player:session", "WEBSMIDE_DEMO": str(self.demo),
                            "QT_PLUGIN_PATH": str(self.demo / "plugins"), "LD_LIBRARY_PATH": str(self.demo)}
