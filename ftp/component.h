@@ -123,6 +123,8 @@ class Component : public QObject {
     /// Bytes of the running or last transfer as the server itself stated them, if it did; the ExpectedSize of
     /// one that has been taken by a further connection.
     std::optional<std::int64_t> StatedSize() const { return stated_size_; }
+    /// During Error: a directory could not be made, perhaps because it is there already. Entering it tells.
+    bool NotMade() const { return not_made_; }
 
  Q_SIGNALS:
     void Debug(const QString& line);    // Ftp1_Debug: a command sent or a reply received
@@ -144,6 +146,7 @@ class Component : public QObject {
     std::int16_t session_option_ = 0;
     bool busy_ = false;
     bool connected_ = false;
+    bool not_made_ = false;
     QString tls_version_;
     std::optional<std::int64_t> stated_size_;
 };

@@ -268,7 +268,9 @@ void Component::Private::On(const Problem& problem) {
     }
     sampling_.stop();
     if (counting_) SampleProgress();
+    if (component_) component_->not_made_ = problem.not_made;
     RaiseProblem(problem.failure);
+    if (component_) component_->not_made_ = false;
 }
 
 void Component::Private::RaiseProblem(const Failure& failure) {

@@ -16,7 +16,8 @@ using toolkit::Buttons;
 using toolkit::Icon;
 
 constexpr qsizetype kShortestFolder = 4;
-constexpr double kBarAtTheEnd = 15;  // twips
+constexpr double kBarAtTheEnd = 15;       // twips
+constexpr std::int32_t kRefused = 10036;  // an operation, while another runs
 
 }  // namespace
 
@@ -81,7 +82,9 @@ void fmRekurs::SendFolder() {
     const app::WatchedBatch watched(main_.watch, BytesToSend());
     QObject listener;
     if (main_.watch)
-        connect(&main_.Ftp1, &ftp::Component::Error, &listener, [this] { main_.watch->AddTrouble(); });
+        connect(&main_.Ftp1, &ftp::Component::Error, &listener, [this](std::int32_t number) {
+            if (number != kRefused && !main_.Ftp1.NotMade()) main_.watch->AddTrouble();
+        });
     {
         const ftp::TransferRun run(main_.Ftp1);
         int depth = 0;
@@ -92,14 +95,13 @@ void fmRekurs::SendFolder() {
     sending_ = false;
 }
 
-std::optional<std::int64_t> fmRekurs::BytesToSend() const {
+// A file that cannot be read counts for nothing.
+std::int64_t fmRekurs::BytesToSend() const {
     std::int64_t bytes = 0;
     app::LongWork work;
     for (int row = 0; row < jobs_.Count() && isVisible(); ++row) {
         if (!jobs_.Line(row).startsWith(kFileLine)) continue;
-        const auto length = platform::FileLength(jobs_.SourceOf(row));
-        if (!length) return std::nullopt;
-        bytes += *length;
+        bytes += platform::FileLength(jobs_.SourceOf(row)).value_or(0);
         work.Yield();
     }
     return bytes;

@@ -94,7 +94,7 @@ class fmRekurs : public app::OwnedDialog, private Ui::fmRekurs {
     int Perform(int row);  // what it adds to the depth on the server
     void SendFolder();
     void SendFile(int row);
-    std::optional<std::int64_t> BytesToSend() const;  // nothing where a file cannot be read
+    std::int64_t BytesToSend() const;  // nothing where a file cannot be read
     void RefreshServerPanel();
 
     const FolderUploadHost main_;

@@ -91,7 +91,8 @@ asio::awaitable<void> Worker::Core::Carry(Request request) {
     request_ = request.id;
     is_listing_ = std::holds_alternative<List>(request.operation);
     is_download_ = std::holds_alternative<ftp::Retrieve>(request.operation);
-    const bool keep_alive = request.keep_alive;
+    const bool keep_alive = request.keep_alive,
+               makes = std::holds_alternative<MakeDirectory>(request.operation);
     Result<> outcome;
     try {
         outcome = co_await CarryOut(std::move(request));
@@ -101,7 +102,7 @@ asio::awaitable<void> Worker::Core::Carry(Request request) {
         outcome = Fail(FailureKind::Protocol, fault.what());
     }
     Lose();
-    if (!outcome) Trouble(outcome.error());
+    if (!outcome) Tell(Problem{outcome.error(), makes && outcome.error().kind == FailureKind::Refused});
     session_.dropped = carrying_ = false;
     Tell(Finished{});
     request_ = 0;

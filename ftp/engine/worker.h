@@ -101,6 +101,7 @@ struct SessionChanged {
 };
 struct Problem {
     Failure failure;
+    bool not_made = false;  // a directory was to be made, and is perhaps there already
 };
 struct FileProblem {  // of a file whose request has finished, or is about to
     std::string label;

@@ -79,7 +79,8 @@ class Worker::Core : private Events, private LaneEvents {
     void TransferStarted(std::optional<std::int64_t> size) override;
     void Moved(std::int64_t bytes) override;
     void Secured(const std::string& version, const Certificate& certificate) override;
-    void Trouble(const Failure& failure) override { Tell(Problem{failure}); }
+    void Trouble(const Failure& failure) override { Tell(Problem{failure, false}); }
+    void NotMade(const Failure& failure) override { Tell(Problem{failure, true}); }
     void NotKept(const std::string& label, const Failure& failure) override;
     asio::awaitable<void> Listed(std::vector<std::string> lines) override;
     void LaneSent(const std::string& line) override { sink_({0, CommandSent{line}}); }

@@ -81,6 +81,25 @@ QByteArray Read(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
 }
 
+// What is there already is no failure of a folder that is sent again; one that cannot be entered is.
+TEST_P(ComponentAtServer, TellsADirectoryThatIsThereFromOneThatCannotBeEntered) {
+    std::vector<bool> not_made;
+    QObject::connect(component.get(), &Component::Error, [&] { not_made.push_back(component->NotMade()); });
+    component->DirectoryName = QStringLiteral("bilder");
+    component->MakeDirectory();
+    EXPECT_EQ(not_made, std::vector<bool>());
+    component->MakeDirectory();
+    EXPECT_EQ(not_made, std::vector<bool>{true});
+    {
+        const TransferRun run(*component);
+        component->MakeDirectory();
+        component->DirectoryName = QStringLiteral("finns inte");
+        component->ChangeDirectory();
+    }
+    EXPECT_EQ(not_made, (std::vector<bool>{true, true, false}));
+    EXPECT_FALSE(component->NotMade());
+}
+
 TEST_P(ComponentAtServer, CarriesOutEveryOperation) {
     component->DirectoryName = QStringLiteral("bilder");
     component->MakeDirectory();

@@ -25,6 +25,8 @@ class Events {
     virtual void Secured(const std::string& version, const Certificate& certificate) = 0;
     /// A failure beside the operation's own outcome (listing lines that were dropped).
     virtual void Trouble(const Failure& failure) = 0;
+    /// A step that was put off: the directory is there already, or cannot be made. Entering it tells which.
+    virtual void NotMade(const Failure& failure) { Trouble(failure); }
     /// An upload that was over and well, and that the server has not kept whole. `label`: the one it was
     /// given.
     virtual void NotKept(const std::string& label, const Failure& failure) = 0;

@@ -132,7 +132,9 @@ Task<> Session::CarryOutSteps(std::vector<Command> commands, std::size_t checks,
         if (!reply) co_return Fail(reply.error());
         if (ChangesSomething(step.line)) risk.done = true;
         moved |= LeadsElsewhere(step) && reply->Completed();
-        if (!reply->Completed()) events.Trouble(RefusalOf(*reply));
+        if (reply->Completed()) continue;
+        const Failure refusal = RefusalOf(*reply);
+        ChangesSomething(step.line) ? events.NotMade(refusal) : events.Trouble(refusal);
     }
     if (!asks_where) co_return Result<>{};
     const auto where = co_await ReceiveFinal(deadlines.reply);
