@@ -6,6 +6,7 @@
 #include "forms/about/help_panel_form.h"
 #include "forms/connection/connection_form.h"
 #include "forms/main/main_form.h"
+#include "ftp/operation_gate.h"
 #include "platform/folder.h"
 
 namespace forms {
@@ -87,12 +88,14 @@ void MainForm::Command19_Click() {
                        show ? QStringLiteral("1") : QStringLiteral("0"));
 }
 
-// Nothing is stored: whether the panel is wanted is for the user to say. Once the window has been painted,
-// its frame is known, which the panel takes its place from.
+// Whether the panel is wanted is for the user to say: what is stored is that it has been shown. Once the
+// window has been painted, its frame is known, which the panel takes its place from.
 void MainForm::GreetNewUser() {
     if (HasBeenOpenBefore()) return;
     new AfterPainting(*this, [this] {
-        if (isVisible()) HelpPanel().show();
+        if (!isVisible() || ftp::OperationGate::IsUp()) return;
+        HelpPanel().show();
+        SavePlace();
     });
 }
 
