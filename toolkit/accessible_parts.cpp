@@ -1,6 +1,7 @@
 #include "toolkit/accessible_parts.h"
 
 #include <QAbstractItemView>
+#include <QApplication>
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QKeyEvent>
@@ -25,6 +26,13 @@ QString WithoutMarkup(const QString& text) {
     return QTextDocumentFragment::fromHtml(text).toPlainText().remove(QChar(0x200b));
 }
 
+/// A dialog keeps the keys of the screen away from all but itself; what comes from a program does not meet
+/// it.
+bool IsBehindDialog(const QWidget& widget) {
+    const QWidget* const dialog = QApplication::activeModalWidget();
+    return dialog && widget.window() != dialog && !dialog->isAncestorOf(&widget);
+}
+
 // Later, and not in the middle of the other program's question: what it begins may hold an event loop.
 void PostKey(QWidget& receiver, Qt::Key key) {
     for (const QEvent::Type type : {QEvent::KeyPress, QEvent::KeyRelease})
@@ -36,7 +44,7 @@ void PostKey(QWidget& receiver, Qt::Key key) {
 QString Part::text(QAccessible::Text kind) const {
     const auto* label = qobject_cast<const QLabel*>(widget());
     if (kind == QAccessible::Name && label && label->accessibleName().isEmpty())
-        return WithoutMnemonic(label->text());
+        return label->buddy() ? WithoutMnemonic(label->text()) : label->text();
     const QString text = QAccessibleWidget::text(kind);
     if (kind != QAccessible::Description || !widget()->accessibleDescription().isEmpty()) return text;
     const QString plain = WithoutMarkup(text);
@@ -55,7 +63,7 @@ QStringList PressablePart::actionNames() const {
 void PressablePart::doAction(const QString& action) {
     if (action != action_)
         Part::doAction(action);
-    else if (widget()->isEnabled())
+    else if (widget()->isEnabled() && !IsBehindDialog(*widget()))
         PostKey(*widget(), key_);
 }
 

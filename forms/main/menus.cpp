@@ -53,10 +53,10 @@ void PopUp(QMenu& menu, const QAbstractItemView& list, QPoint place) {
 }
 
 // Qt knows the menu key only, which many keyboards do not have.
-bool AskForMenu(QWidget* list) {
-    const QPoint place = list->inputMethodQuery(Qt::ImCursorRectangle).toRect().center();
-    QContextMenuEvent wish(QContextMenuEvent::Keyboard, place, list->mapToGlobal(place));
-    return QApplication::sendEvent(list, &wish);
+bool AskForMenu(QWidget& list) {
+    const QPoint place = list.inputMethodQuery(Qt::ImCursorRectangle).toRect().center();
+    QContextMenuEvent wish(QContextMenuEvent::Keyboard, place, list.mapToGlobal(place));
+    return QApplication::sendEvent(&list, &wish);
 }
 
 // A key that is held starts, removes or renames once.
@@ -166,7 +166,7 @@ void MainForm::SaveTrace() {
 
 bool MainForm::HandleListKey(const QObject* list, const QKeyEvent& event) {
     if (event.key() == Qt::Key_F10 && event.modifiers() == Qt::ShiftModifier)
-        return AskForMenu(QApplication::focusWidget());
+        return AskForMenu(*findChild<QWidget*>(list->objectName()));
     if (event.modifiers() & ~Qt::KeypadModifier) return false;
     if (event.isAutoRepeat() && ActsOnMarkedRows(event.key())) return true;
     if (list == list2) return HandleLocalKey(event.key());

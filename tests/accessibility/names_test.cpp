@@ -99,7 +99,7 @@ INSTANTIATE_TEST_SUITE_P(
                       NameCase{"Command29", "Välj favoritkatalog"},
                       NameCase{"Dir1", "Kataloger på din dator"}, NameCase{"list2", "Filer på din dator"},
                       NameCase{"listdir2", "Filer på servern"}, NameCase{"Command1", "Ladda upp fil(er)"},
-                      NameCase{"p1", "Andel överförd"}, NameCase{"label7", "0"}, NameCase{"avb", "Avbryt"},
+                      NameCase{"p1", "Överförd andel"}, NameCase{"label7", "0"}, NameCase{"avb", "Avbryt"},
                       NameCase{"lblState", "Ej ansluten"}, NameCase{"listTrace", "Händelser"}),
     [](const auto& window) { return std::string(window.param.control); });
 

@@ -4,6 +4,7 @@
 #include <QAccessibleValueInterface>
 #include <QApplication>
 #include <QComboBox>
+#include <QDialog>
 #include <QLabel>
 
 #include "ftp/operation_gate.h"
@@ -90,6 +91,23 @@ TEST_F(Parts, ADisabledButtonHasNothingToPress) {
                      ->actionNames()
                      .contains(QAccessibleActionInterface::pressAction()));
     EXPECT_TRUE(Part("Command1").state().disabled);
+}
+
+TEST_F(Parts, BehindADialogNothingIsPressed) {
+    QDialog dialog(&Form());
+    dialog.setModal(true);
+    dialog.show();
+    Press("Command18");
+    QCoreApplication::sendPostedEvents();
+    EXPECT_FALSE(DialogIsOpen("Form2"));
+    dialog.close();
+    Press("Command18");
+    ASSERT_TRUE(QTest::qWaitFor([this] { return DialogIsOpen("Form2"); }));
+}
+
+TEST_F(Parts, WhatALabelSaysIsToldAsItStands) {
+    Get<QLabel>("lblLastAction").setText(QStringLiteral("rock & roll.mp3"));
+    EXPECT_EQ(Part("lblLastAction").text(QAccessible::Name), QStringLiteral("rock & roll.mp3"));
 }
 
 // Who hears the window is held to the same as who presses the keys.

@@ -171,6 +171,9 @@ class Screen(unittest.TestCase):
             file.truncate(8_000_000)
         with open(os.path.join(self.remote, "readme.txt"), "w", encoding="utf-8") as file:
             file.write("x")
+        # Somebody who has had the program open before is not greeted with the three steps.
+        with open(os.path.join(self.folder, "Websmide's FTP program, fönster.conf"), "w", encoding="utf-8") as file:
+            file.write("[MainForm]\nMainForm=-\n")
         self.keys = Keys()
         self.program = subprocess.Popen(
             [PROGRAM], cwd=self.local,
@@ -257,7 +260,7 @@ class Windows(Screen):
         for role, name in (("panel", "Din dator"), ("panel", "Server"), ("combo box", "Enhet"), ("combo box", "Filmönster"),
                            ("combo box", "Ihågkomna kataloger"), ("push button", "Välj favoritkatalog"),
                            ("list", "Kataloger på din dator"), ("tree", "Filer på din dator"), ("tree", "Filer på servern"),
-                           ("list", "Händelser"), ("progress bar", "Andel överförd")):
+                           ("list", "Händelser"), ("progress bar", "Överförd andel")):
             self.part(self.main, role, name)
         self.assertEqual([row.get_name() for row in self.rows(self.main, "Filer på din dator")][::3], ["hej.txt", "stor.bin"])
         self.close_program()
@@ -361,7 +364,7 @@ class Session(Screen):
         wait_for("the end of the upload", lambda: self.enabled("Uppdatera"))
         self.choose("Down", "stor.bin")
         self.keys.press("Alt", "l")
-        bar = self.part(self.main, "progress bar", "Andel överförd").get_value_iface()
+        bar = self.part(self.main, "progress bar", "Överförd andel").get_value_iface()
         wait_for("progress", lambda: 0 < bar.get_current_value() < 100)
         self.question("Escape")
         self.assertTrue(self.enabled("Avbryt"))
