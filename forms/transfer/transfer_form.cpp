@@ -206,7 +206,8 @@ void Form1::ShowCurrent(int entry) {
     if (!follow) bar.setValue(place);
 }
 
-// The queue scrolls, and takes no clicks: its current entry is the file on its way.
+// The queue scrolls, and takes no clicks: its current entry is the file on its way, which stays in sight when
+// the window is made smaller.
 bool Form1::eventFilter(QObject* watched, QEvent* event) {
     switch (event->type()) {
         case QEvent::MouseButtonPress:
@@ -215,6 +216,10 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
         case QEvent::MouseMove:
         case QEvent::ContextMenu:
             return watched == l1->viewport();
+        case QEvent::Resize:  // when the rows have been laid out anew
+            if (watched == l1->viewport())
+                QTimer::singleShot(0, l1, [this] { l1->scrollTo(l1->currentIndex()); });
+            return false;
         case QEvent::KeyPress:
             return watched == Command1 && ScrollByKey(static_cast<QKeyEvent*>(event)->key());
         default:

@@ -20,6 +20,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr int kPatience = 20'000;  // milliseconds, for what comes from elsewhere
+const QString kTurned = QStringLiteral("u\u202Ep.txt");
 
 // What the program tells of a batch beside the strip itself, on the watch's own clock.
 class Watching : public FolderUpload {
@@ -30,6 +31,7 @@ class Watching : public FolderUpload {
         for (const char* name : {"x.txt", "y.txt", "z.txt"})
             server_.AddFile(name, std::string(3000, name[0]));
         MakeFile("a.txt", "abc");
+        MakeFile(kTurned.toStdString(), "abc");
         MakeFile("mapp/b.txt", std::string(2000, 'b'));
         MakeFile("mapp/c/d.txt", std::string(1000, 'd'));
         Open();
@@ -56,6 +58,20 @@ class Watching : public FolderUpload {
     void Abort() {
         ExpectBox question(kAbortTitle, kAbortQuestion, "cmdYes");
         QTest::mouseClick(Window("Form1")->findChild<QPushButton*>("Command1"), Qt::LeftButton);
+    }
+    /// Raises it as the component does.
+    void Fail(const char* text) {
+        Q_EMIT window_->findChild<ftp::Component*>()->Error(550, QString::fromUtf8(text));
+    }
+    /// Sixty files in the listing, none of which is there. All are marked.
+    void MarkSixty() {
+        std::vector<std::string> listing;
+        for (int i = 0; i < 60; ++i)
+            listing.push_back("-rw-r--r-- 1 u g 3000000 Jan 1 10:00 fil" + std::to_string(100 + i) + ".txt");
+        server_.SetListing(listing);
+        ClickOn("Command9");
+        ClickRow("listdir2", 0);
+        QTest::keyClick(&Get("listdir2"), Qt::Key_A, Qt::ControlModifier);
     }
     QString Tip() { return Get("Picture3").toolTip().replace(QChar::Nbsp, u' '); }
 
@@ -94,14 +110,8 @@ TEST_F(Watching, AFileThatHasComeIsDone) {
 }
 
 TEST_F(Watching, TheQueueScrollsAndKeepsItsCurrentRow) {
-    std::vector<std::string> listing;
-    for (int i = 0; i < 60; ++i)
-        listing.push_back("-rw-r--r-- 1 u g 3000000 Jan 1 10:00 fil" + std::to_string(100 + i) + ".txt");
-    server_.SetListing(listing);
-    ClickOn("Command9");
     Stop("fil100.txt");
-    ClickRow("listdir2", 0);
-    QTest::keyClick(&Get("listdir2"), Qt::Key_A, Qt::ControlModifier);
+    MarkSixty();
     bool seen = false;
     When([this] { return Window("Form1") && Strip("label7") == "10"; },
          [&] {
@@ -125,10 +135,95 @@ TEST_F(Watching, TheQueueScrollsAndKeepsItsCurrentRow) {
              QTest::keyClick(Window("Form1")->focusWidget(), Qt::Key_Home);
              EXPECT_EQ(bar.value(), 0);
              EXPECT_EQ(Queue().SelectedRows(), QList<int>({0}));
+             QTest::keyClick(Window("Form1")->focusWidget(), Qt::Key_End);
+             Window("Form1")->resize(400, 180);
+             EXPECT_TRUE(QTest::qWaitFor([&] { return bar.value() == 0; }, kPatience));
              Abort();
          });
     ClickOn("Command2");
     EXPECT_TRUE(seen);
+}
+
+TEST_F(Watching, TheQueueScrollsWithItsCurrentRow) {
+    Stop("fil140.txt");
+    MarkSixty();
+    bool seen = false;
+    When([] { return Window("Form1") && StateOf(40) == "pågår"; },
+         [&] {
+             seen = true;
+             EXPECT_EQ(StateOf(39), "misslyckades");
+             EXPECT_EQ(Queue().ListIndex(), 40);
+             const QRect row = Queue().visualRect(Queue().currentIndex());
+             EXPECT_TRUE(Queue().viewport()->rect().contains(row.center()));
+             Abort();
+         });
+    ClickOn("Command2");
+    EXPECT_TRUE(seen);
+}
+
+TEST_F(Watching, TheQueueStaysWhereTheUserLooks) {
+    server_.At("RETR fil100.txt",
+               {Say("150 Here it comes."), SendData("0123456789"), Hold(), Say("426 No.")});
+    Stop("fil101.txt");
+    MarkSixty();
+    bool seen = false;
+    When([this] { return Window("Form1") && Strip("label7") == "10"; },
+         [&] {
+             QTest::keyClick(Window("Form1")->focusWidget(), Qt::Key_End);
+             server_.Release();
+         });
+    When([] { return Window("Form1") && StateOf(1) == "pågår"; },
+         [&] {
+             seen = true;
+             const QScrollBar& bar = *Queue().verticalScrollBar();
+             EXPECT_GT(bar.maximum(), 0);
+             EXPECT_EQ(bar.value(), bar.maximum());
+             EXPECT_EQ(Queue().ListIndex(), 1);
+             Abort();
+         });
+    ClickOn("Command2");
+    EXPECT_TRUE(seen);
+}
+
+TEST_F(Watching, AFileThatFailsLateIsNotDone) {
+    Stop("z.txt");
+    bool seen = false;
+    When([] { return Window("Form1") && StateOf(2) == "pågår" && StateOf(1) == "klar"; },
+         [&] {
+             seen = true;
+             Fail("Servern vägrar: 550 No. [x.txt]");
+             EXPECT_EQ(StateOf(0), "misslyckades");
+             Fail("Servern vägrar: 550 No. [w.txt]");  // nobody's
+             EXPECT_EQ(StateOf(1), "klar");
+             EXPECT_EQ(StateOf(2), "pågår");
+             Fail("Servern vägrar: 550 No.");
+             EXPECT_EQ(StateOf(2), "misslyckades");
+             Abort();
+         });
+    FetchAll();
+    EXPECT_TRUE(seen);
+}
+
+TEST_F(Watching, TheQueueGoesOnAfterAFileThatTheUserAborts) {
+    Stop("y.txt");
+    Stop("z.txt");
+    bool seen = false;
+    When([this] { return Window("Form1") && StateOf(1) == "pågår" && Strip("label7") == "10"; },
+         [&] {
+             ExpectBox question(kAbortTitle, kAbortQuestion, "cmdYes");
+             ClickOn("avb");
+         });
+    When([] { return Window("Form1") && StateOf(2) == "pågår"; },
+         [&] {
+             seen = true;
+             EXPECT_EQ(StateOf(0), "klar");
+             EXPECT_EQ(StateOf(1), "misslyckades");
+             Abort();
+         });
+    FetchAll();
+    EXPECT_TRUE(seen);
+    EXPECT_EQ(LocalFile("x.txt").size(), 3000);
+    EXPECT_FALSE(LocalNames().contains("y.txt"));
 }
 
 TEST_F(Watching, TheStripTellsThePaceWhileTheMouseRestsThere) {
@@ -182,6 +277,53 @@ TEST_F(Watching, ANoticeTellsOfTheEndAndLeadsBackToTheWindow) {
             return QTest::qWaitFor([this] { return window_->isActiveWindow(); }, 100);
         },
         kPatience));
+    qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+}
+
+// During a file the first time, after the last one the second time.
+TEST_F(Watching, TheNoticeTellsOfErrorsThatNobodyCanPlace) {
+    const SessionBus bus;
+    FakeDesktop desktop(bus);
+    qputenv("DBUS_SESSION_BUS_ADDRESS", bus.Address().toUtf8());
+    app::TransferWatch::long_batch = -1ms;
+    for (const bool during : {true, false}) {
+        bool failed = false;
+        const auto fail = QObject::connect(
+            window_->findChild<ftp::Component*>(), &ftp::Component::BusyChanged, [&](bool busy) {
+                const QWidget* form = Window("Form1");
+                if (failed || !busy || !form || StateOf(during ? 1 : 2) != (during ? "pågår" : "klar"))
+                    return;
+                failed = true;
+                Fail(during ? "Servern vägrar: 550 No. [w.txt]" : "Servern svarade inte i tid.");
+                for (QWidget* window : QApplication::topLevelWidgets())
+                    if (window->isVisible()) window->showMinimized();
+                EXPECT_TRUE(QTest::qWaitFor([] { return !QApplication::activeWindow(); }, kPatience));
+            });
+        FetchAll();
+        QObject::disconnect(fail);
+        EXPECT_TRUE(failed);
+        const qsizetype notices = during ? 1 : 2;
+        ASSERT_TRUE(QTest::qWaitFor([&] { return desktop.notices.size() >= notices; }, kPatience));
+        EXPECT_EQ(desktop.notices.back().heading, "Överföringen är klar, med fel");
+        EXPECT_TRUE(desktop.notices.back().text.startsWith("3 filer, "));
+        window_->showNormal();
+        window_->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window_.get()));
+    }
+    qunsetenv("DBUS_SESSION_BUS_ADDRESS");
+}
+
+TEST_F(Watching, NothingHidesInTheNameOfANotice) {
+    const SessionBus bus;
+    FakeDesktop desktop(bus);
+    qputenv("DBUS_SESSION_BUS_ADDRESS", bus.Address().toUtf8());
+    app::TransferWatch::long_batch = -1ms;
+    ClickLocal(kTurned);
+    window_->showMinimized();
+    ASSERT_TRUE(QTest::qWaitFor([] { return !QApplication::activeWindow(); }, kPatience));
+    Button("Command1").click();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return desktop.notices.size() == 1; }, kPatience));
+    EXPECT_EQ(desktop.notices[0].text, "u‹U+202E›p.txt, 3 byte på 1 s");
     qunsetenv("DBUS_SESSION_BUS_ADDRESS");
 }
 
