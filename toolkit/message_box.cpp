@@ -64,7 +64,7 @@ class Box : public QDialog {
         message_->addWidget(area);
     }
 
-    void AddRow(QWidget* widget) { rows_->insertWidget(rows_->count() - 1, widget); }
+    void AddRow(QWidget* widget) { rows_->insertWidget(rows_->indexOf(buttons_), widget); }
 
     void AddButton(const QString& text, const QString& name, int result) {
         auto* button = new QPushButton(text, this);
