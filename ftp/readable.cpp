@@ -108,6 +108,7 @@ QString SizeInFull(std::int64_t bytes) {
 }
 
 QString DateText(const QDateTime& time) {
+    if (!time.isValid()) return {};
     return DayText(time.date()) + time.time().toString(QStringLiteral(" 'kl.' HH.mm"));
 }
 
@@ -128,7 +129,8 @@ QString DurationText(std::chrono::seconds duration) {
 
 QString FileTip(std::int64_t bytes, std::int64_t modified) {
     const QString size = SizeInFull(bytes);
-    return modified ? size + u'\n' + Changed(DateText(QDateTime::fromSecsSinceEpoch(modified))) : size;
+    const QString when = modified ? DateText(QDateTime::fromSecsSinceEpoch(modified)) : QString();
+    return when.isEmpty() ? size : size + u'\n' + Changed(when);
 }
 
 QString ListingTip(const QString& line, QDate today) {

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "ftp/readable.h"
-#include "ftp/visible_text.h"
 
 namespace ftp {
 namespace {
@@ -38,9 +38,15 @@ QString Pace(double bytes_per_second) {
     return SizeText(std::llround(std::min(bytes_per_second, kMost))) + QStringLiteral("/s");
 }
 
+// No character is cut in two.
 QString ShortName(const QString& name) {
-    const QString visible = VisibleText(name);
-    return visible.size() <= kLongestName ? visible : visible.left(kLongestName - 1) + u'…';
+    if (name.size() <= kLongestName) return name;
+    const qsizetype length = kLongestName - 1;
+    return name.left(name[length - 1].isHighSurrogate() ? length - 1 : length) + u'…';
+}
+
+std::optional<std::int64_t> Known(std::optional<std::int64_t> bytes) {
+    return bytes && *bytes >= 0 && *bytes < kBeyondCounting ? bytes : std::nullopt;
 }
 
 QString Duration(std::chrono::milliseconds took) {
@@ -56,6 +62,11 @@ QString FilesWords(const TransferOutcome& outcome) {
 }
 
 }  // namespace
+
+std::int64_t Plus(std::int64_t one, std::int64_t other) {
+    one = std::max<std::int64_t>(one, 0);
+    return one + std::clamp<std::int64_t>(other, 0, kBeyondCounting - one);
+}
 
 void TransferPace::Start(Time now) {
     samples_ = {{now, 0}};
@@ -83,19 +94,22 @@ std::optional<double> TransferPace::BytesPerSecond(Time now) const {
 void TransferTally::Begin(Time now, std::optional<std::int64_t> total) {
     *this = {};
     began_ = now;
-    total_ = total;
+    total_ = Known(total);
     pace_.Start(now);
 }
 
 void TransferTally::BeginFile(std::optional<std::int64_t> size) {
     ++files_;
-    size_ = size;
+    size_ = Known(size);
     current_ = 0;
 }
 
 void TransferTally::SetSize(std::int64_t size) {
-    if (total_) *total_ += size - size_.value_or(0);
-    size_ = size;
+    if (total_) {
+        const std::int64_t others = std::max<std::int64_t>(*total_ - size_.value_or(0), 0);
+        total_ = Known(Plus(others, size));
+    }
+    size_ = Known(size);
 }
 
 void TransferTally::Report(Time now, std::int64_t bytes) {
@@ -104,24 +118,29 @@ void TransferTally::Report(Time now, std::int64_t bytes) {
 }
 
 void TransferTally::EndFile() {
-    passed_ += size_.value_or(current_);
-    moved_ += std::exchange(current_, 0);
+    passed_ = Plus(passed_, size_.value_or(current_));
+    moved_ = Plus(moved_, std::exchange(current_, 0));
     size_.reset();
 }
 
 std::int64_t TransferTally::Passed() const {
-    return passed_ + (size_ ? std::min(current_, *size_) : current_);
+    return Plus(passed_, size_ ? std::min(current_, *size_) : current_);
+}
+
+bool TransferTally::RestIsKnown() const {
+    if (!total_ || *total_ <= 0 || Passed() > *total_) return false;
+    const bool outgrown = size_ && current_ > *size_;
+    return !outgrown || Passed() < *total_;
 }
 
 std::optional<double> TransferTally::Share() const {
-    if (!total_ || *total_ <= 0 || Passed() > *total_) return std::nullopt;
+    if (!RestIsKnown()) return std::nullopt;
     return static_cast<double>(Passed()) / static_cast<double>(*total_);
 }
 
 QString TransferTally::PaceWords(Time now) const {
-    const bool known = total_ && *total_ > 0 && Passed() <= *total_;
     return ftp::PaceWords(pace_.BytesPerSecond(now),
-                          known ? std::optional(*total_ - Passed()) : std::nullopt);
+                          RestIsKnown() ? std::optional(*total_ - Passed()) : std::nullopt);
 }
 
 QString PaceWords(std::optional<double> bytes_per_second, std::optional<std::int64_t> left) {
@@ -146,11 +165,11 @@ QString OutcomeHeading(const TransferOutcome& outcome) {
 }
 
 QString OutcomeWords(const TransferOutcome& outcome) {
-    QString words = FilesWords(outcome) +
-                    QStringLiteral(", %1 på %2").arg(SizeText(outcome.bytes), Duration(outcome.took));
-    if (!outcome.aborted && (outcome.failed > 0 || outcome.troubles > 0))
-        words += QStringLiteral(". Händelserna berättar om felen.");
-    return words;
+    const QString amount = SizeText(outcome.bytes) + QStringLiteral(" på ") + Duration(outcome.took);
+    if (outcome.aborted) return amount;
+    const bool clean = outcome.failed == 0 && outcome.troubles == 0;
+    return FilesWords(outcome) + QStringLiteral(", ") + amount +
+           (clean ? QString() : QStringLiteral(". Händelserna berättar om felen."));
 }
 
 }  // namespace ftp

@@ -6,9 +6,17 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <optional>
 
 namespace ftp {
+
+/// The largest count of bytes there is. A sum that comes to it is not known.
+inline constexpr std::int64_t kBeyondCounting = std::numeric_limits<std::int64_t>::max();
+
+/// The sum of two counts of bytes, kBeyondCounting where it is larger: sizes come from outside, too. What is
+/// below 0 counts as 0.
+std::int64_t Plus(std::int64_t one, std::int64_t other);
 
 /// The pace over the last seconds, so that neither a burst nor a short stop makes it jump.
 class TransferPace {
@@ -38,7 +46,8 @@ class TransferTally {
  public:
     using Time = TransferPace::Time;
 
-    /// `total`: bytes of all files; nothing where that is not known.
+    /// `total`: bytes of all files; nothing where that is not known. Here as below, what is below 0 and what
+    /// is beyond counting is not known either.
     void Begin(Time now, std::optional<std::int64_t> total);
     void BeginFile(std::optional<std::int64_t> size);
     /// The current file is of this size, whatever was thought before; the total changes with it.
@@ -48,15 +57,18 @@ class TransferTally {
     /// What has not moved by then is not to come any more.
     void EndFile();
 
-    int Files() const { return files_; }                      // begun
-    std::int64_t Moved() const { return moved_ + current_; }  // bytes
-    std::optional<double> Share() const;                      // 0 .. 1 of the total
+    int Files() const { return files_; }                           // begun
+    std::int64_t Moved() const { return Plus(moved_, current_); }  // bytes
+    /// 0 .. 1 of the total. Nothing, as of the rest, where that is not known: where more has come than the
+    /// total, and while the last file has brought more than its size, and goes on.
+    std::optional<double> Share() const;
     std::chrono::milliseconds Took(Time now) const { return now - began_; }
     /// "1,4 MB/s, ungefär 2 min 10 s kvar", as far as it is known.
     QString PaceWords(Time now) const;
 
  private:
     std::int64_t Passed() const;
+    bool RestIsKnown() const;
 
     Time began_{};
     TransferPace pace_;
@@ -76,11 +88,11 @@ struct TransferOutcome {
     bool aborted = false;  // by the user
     std::int64_t bytes = 0;
     std::chrono::milliseconds took{};
-    QString name;  // of the only file, from outside
+    QString name;  // of the only file, as VisibleText: nothing hides in it
 };
 
-/// The heading and the text of a notice about it. The name is plain text in which nothing hides, and not
-/// long.
+/// The heading and the text of a notice about it. A long name is shortened. Of an aborted batch nobody knows
+/// how many of the files that were begun are whole: only bytes and time are told.
 QString OutcomeHeading(const TransferOutcome& outcome);
 QString OutcomeWords(const TransferOutcome& outcome);
 

@@ -6,6 +6,7 @@
 #include "forms/main/main_form.h"
 #include "forms/transfer/transfer_form.h"
 #include "ftp/progress_arithmetic.h"
+#include "ftp/visible_text.h"
 #include "platform/drive_path.h"
 #include "platform/folder.h"
 #include "toolkit/message_box.h"
@@ -61,7 +62,7 @@ void MainForm::SendOne(const Upload& file) {
     avb->setEnabled(true);
     Ftp1->SourceFileName = file.path;
     Ftp1->DestinationFileName = file.name;
-    Watched(file.name, platform::FileLength(file.path), &ftp::Component::PutFile);
+    Watched(ftp::VisibleText(file.name), platform::FileLength(file.path), &ftp::Component::PutFile);
     app::Globals().UploadRunning = 0;
     avb->setEnabled(false);
 }
@@ -93,7 +94,7 @@ void MainForm::FetchOne(const QString& file, const QString& local_path) {
     app::Globals().DownloadRunning = 0;
 }
 
-// A single file.
+// A single file; its name is as it can be shown.
 void MainForm::Watched(const QString& name, std::optional<std::int64_t> size,
                        void (ftp::Component::*transfer)()) {
     const app::WatchedBatch batch(&watch_, size);

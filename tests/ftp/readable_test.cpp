@@ -34,6 +34,7 @@ TEST(DateText, IsSwedish) {
     EXPECT_EQ(DateText(QDateTime(QDate(2024, 3, 12), QTime(14, 30))), "tisdag 12 mars 2024 kl. 14.30");
     EXPECT_EQ(DateText(QDateTime(QDate(1999, 5, 1), QTime(7, 5, 59))), "lördag 1 maj 1999 kl. 07.05");
     EXPECT_EQ(Plain(SizeText(1468006)), "1,4 MB");
+    EXPECT_EQ(DateText(QDateTime()), "");
     QLocale::setDefault(before);
 }
 
@@ -51,6 +52,7 @@ TEST(FileTip, TellsSizeAndTime) {
     EXPECT_EQ(Plain(FileTip(48213, time.toSecsSinceEpoch())),
               "48 213 byte (47,1 kB)\nsenast ändrad tisdag 12 mars 2024 kl. 14.30");
     EXPECT_EQ(FileTip(7, 0), "7 byte");
+    EXPECT_EQ(FileTip(7, std::numeric_limits<std::int64_t>::max()), "7 byte");
 }
 
 TEST(ListingTip, ReadsTheLine) {

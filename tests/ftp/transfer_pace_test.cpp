@@ -163,6 +163,56 @@ TEST(TransferTally, AFileIsNoLargerThanItsSize) {
     EXPECT_DOUBLE_EQ(*tally.Share(), 0.25);
 }
 
+TEST(TransferTally, DoesNotKnowTheRestOfAFileThatHasOutgrownItsSize) {
+    TransferTally tally;
+    tally.Begin(0s, 3 * kMega);
+    tally.BeginFile(2 * kMega);
+    tally.Report(2s, 4 * kMega);  // the other file is still to come
+    EXPECT_DOUBLE_EQ(*tally.Share(), 2.0 / 3);
+    tally.EndFile();
+    tally.BeginFile(kMega);
+    tally.Report(4s, kMega);
+    EXPECT_EQ(tally.Share(), 1);
+    tally.Report(4s, kMega + 1);
+    EXPECT_EQ(tally.Share(), std::nullopt);
+    EXPECT_EQ(Plain(tally.PaceWords(4s)), "1,3 MB/s");
+    tally.EndFile();
+    EXPECT_EQ(tally.Share(), 1);
+}
+
+TEST(TransferTally, CountsNoFurtherThanItCan) {
+    constexpr std::int64_t huge = 9'000'000'000'000'000'000;
+    EXPECT_EQ(Plus(2, 3), 5);
+    EXPECT_EQ(Plus(huge, huge), kBeyondCounting);
+    EXPECT_EQ(Plus(kBeyondCounting, 0), kBeyondCounting);
+    EXPECT_EQ(Plus(-1, 3), 3);
+    EXPECT_EQ(Plus(3, std::numeric_limits<std::int64_t>::min()), 3);
+    TransferTally tally;
+    tally.Begin(0s, Plus(huge, huge));
+    for (int i = 0; i < 2; ++i) {
+        tally.BeginFile(huge);
+        tally.Report(2s, huge);
+        EXPECT_EQ(tally.Share(), std::nullopt);
+        tally.EndFile();
+    }
+    EXPECT_EQ(tally.Moved(), kBeyondCounting);
+    tally.Begin(0s, huge);  // until another size is stated
+    tally.BeginFile(kMega);
+    EXPECT_EQ(tally.Share(), 0);
+    tally.SetSize(huge);
+    EXPECT_EQ(tally.Share(), std::nullopt);
+}
+
+TEST(TransferTally, BelievesInNoNegativeSizes) {
+    TransferTally tally;
+    tally.Begin(0s, 4 * kMega);
+    tally.BeginFile(-kMega);
+    tally.Report(2s, kMega);
+    EXPECT_DOUBLE_EQ(*tally.Share(), 0.25);
+    tally.SetSize(std::numeric_limits<std::int64_t>::min());
+    EXPECT_DOUBLE_EQ(*tally.Share(), 0.25);
+}
+
 TEST(Outcome, TellsTheTruth) {
     struct Row {
         TransferOutcome outcome;
@@ -192,10 +242,16 @@ TEST(Outcome, TellsTheTruth) {
          "9 filer, 5 byte på 31 s. Händelserna berättar om felen."},
         {{.files = 2, .aborted = true, .bytes = 5, .took = 31s, .name = {}},
          "Överföringen är avbruten",
-         "2 filer, 5 byte på 31 s"},
-        {{.files = 1, .bytes = 5, .took = 31s, .name = u"<b>\u202e\n"_qs + QString(100, 'x')},
+         "5 byte på 31 s"},
+        {{.files = 1, .failed = 1, .aborted = true, .bytes = 5, .took = 31s, .name = "x"},
+         "Överföringen är avbruten",
+         "5 byte på 31 s"},
+        {{.files = 1, .bytes = 5, .took = 31s, .name = u"<b>‹U+202E›␊"_qs + QString(100, 'x')},
          "Överföringen är klar",
          "<b>‹U+202E›␊xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx…, 5 byte på 31 s"},
+        {{.files = 1, .bytes = 5, .took = 31s, .name = QString(58, 'x') + u"\U0001F600yy"_qs},
+         "Överföringen är klar",
+         "xxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxxx…, 5 byte på 31 s"},
     };
     for (const Row& row : table) {
         EXPECT_EQ(OutcomeHeading(row.outcome), row.heading);
