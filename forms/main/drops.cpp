@@ -55,8 +55,8 @@ void MainForm::SendDropped(const QList<QUrl>& urls) {
     std::vector<Upload> files;
     for (const QUrl& url : urls) {
         const std::optional<QString> path = platform::FromUrl(url);
-        if (path && platform::FileLength(*path))
-            files.push_back({*path, path->mid(path->lastIndexOf(u'\\') + 1).toLower()});
+        if (const auto size = path ? platform::FileLength(*path) : std::nullopt)
+            files.push_back({*path, path->mid(path->lastIndexOf(u'\\') + 1).toLower(), size});
         else
             Tell(platform::FileResult::PathError, path.value_or(url.toDisplayString()));
     }

@@ -40,9 +40,9 @@ QueueModel::QueueModel(QObject* parent) : LineModel(parent) {
 
 void QueueModel::SetEntries(const QStringList& lines, const QStringList& files) {
     states_.assign(static_cast<std::size_t>(lines.size()), EntryState::Waiting);
-    rows_.clear();
-    rows_.reserve(files.size());
-    for (int row = 0; row < static_cast<int>(files.size()); ++row) rows_.insert(files[row], row);
+    files_ = files;
+    begun_.clear();
+    begun_before_.assign(static_cast<std::size_t>(files.size()), -1);
     SetLines(lines);
 }
 
@@ -54,13 +54,25 @@ EntryState QueueModel::State(int row) const {
 void QueueModel::SetState(int row, EntryState state) {
     const bool known = row >= 0 && static_cast<std::size_t>(row) < states_.size();
     if (!known || State(row) == state) return;
+    if (state != EntryState::Waiting) NoteBegun(row);
     states_[static_cast<std::size_t>(row)] = state;
     Q_EMIT StateChanged(row);
 }
 
+// The rows are begun in their order.
+void QueueModel::NoteBegun(int row) {
+    if (row >= files_.size()) return;
+    const int before = begun_.value(files_[row], -1);
+    if (before >= row) return;
+    begun_before_[static_cast<std::size_t>(row)] = before;
+    begun_.insert(files_[row], row);
+}
+
 int QueueModel::BegunRow(const QString& file) const {
-    const int row = rows_.value(file, -1);
-    return State(row) == EntryState::Waiting ? -1 : row;
+    const int last = begun_.value(file, -1);
+    int row = last;
+    while (row >= 0 && State(row) == EntryState::Failed) row = begun_before_[static_cast<std::size_t>(row)];
+    return row >= 0 ? row : last;
 }
 
 // The name stands at the end, either in brackets or after a colon; what stands before it, and the name

@@ -11,6 +11,8 @@
 
 namespace forms {
 
+/// Done: its transfer has been called and told of no error. A small file may then still be on its way, over a
+/// connection of its own; where that fails, Done becomes Failed.
 enum class EntryState : std::uint8_t { Waiting, Running, Done, Failed };
 
 /// "väntar", "pågår", "klar", "misslyckades"
@@ -29,7 +31,8 @@ class QueueModel : public toolkit::LineModel {
     EntryState State(int row) const;
     /// Rows that are no more are left alone.
     void SetState(int row, EntryState state);
-    /// The row of the file that the text of an error names; -1 where it names none that has been begun.
+    /// The row of the file that the text of an error names; -1 where it names none that has been begun. Of
+    /// several files of that name, the last one begun that has not failed.
     int RowOfError(const QString& text) const;
 
     QVariant data(const QModelIndex& index, int role) const override;
@@ -38,11 +41,14 @@ class QueueModel : public toolkit::LineModel {
     void StateChanged(int row);
 
  private:
+    void NoteBegun(int row);
     int BegunRow(const QString& file) const;
 
     std::array<QIcon, 4> pictures_;
     std::vector<EntryState> states_;
-    QHash<QString, int> rows_;  // by file
+    QStringList files_;
+    QHash<QString, int> begun_;      // by file: the last row of it that has been begun
+    std::vector<int> begun_before_;  // by row: the one of the same file before that, or -1
 };
 
 }  // namespace forms

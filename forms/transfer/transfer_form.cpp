@@ -22,21 +22,23 @@ namespace {
 
 constexpr int kTitleInterval = 100;       // milliseconds
 constexpr std::int32_t kRefused = 10036;  // an operation, while another runs
+constexpr double kNoSize = 0x1p63;        // nor is what is larger
 
-/// Nothing where one of the sizes is not known.
+/// Nothing where one of the sizes is not known, or all of them are more than can be counted.
 template <class Jobs>
 std::optional<std::int64_t> TotalOf(const Jobs& jobs) {
     std::int64_t total = 0;
     for (const auto& job : jobs) {
         if (!job.size) return std::nullopt;
-        total += *job.size;
+        total = ftp::Plus(total, *job.size);
     }
-    return total;
+    return total < ftp::kBeyondCounting ? std::optional(total) : std::nullopt;
 }
 
 std::optional<std::int64_t> SizeIn(const QString& line) {
     const std::optional<QString> size = ftp::SizeColumn(line);
-    return size ? std::optional(static_cast<std::int64_t>(toolkit::Val(*size))) : std::nullopt;
+    const double bytes = size ? toolkit::Val(*size) : kNoSize;
+    return bytes < kNoSize ? std::optional(static_cast<std::int64_t>(bytes)) : std::nullopt;
 }
 
 }  // namespace
@@ -184,11 +186,16 @@ void Form1::Transfer(const std::vector<Job>& jobs, std::int16_t& running,
     }
 }
 
-// A small file may fail when the next ones have begun; the error names it then.
+// A small file may fail when the next ones have begun; the error names it then. Where that name is none of
+// the queue's, as where the server shows another name than it takes, it is not the current file's either.
 void Form1::Ftp1_Error(std::int32_t number, const QString& text) {
     if (number == kRefused) return;
     const int named = queue_->RowOfError(text);
-    MarkFailed(named >= 0 ? named : entry_.value_or(-1));
+    const bool of_current = entry_ && !(text.endsWith(u']') && text.contains(QStringLiteral(" [")));
+    if (named >= 0 || of_current)
+        MarkFailed(named >= 0 ? named : *entry_);
+    else if (main_.watch)
+        main_.watch->AddTrouble();
 }
 
 void Form1::MarkFailed(int entry) {

@@ -81,12 +81,12 @@ class Form1 : public QDialog, private Ui::Form1 {
     std::vector<Job> QueueUploads();
     std::vector<Job> QueueDownloads();
     void Run(const std::vector<Job>& jobs, std::int16_t& running, void (ftp::Component::*transfer)());
-    void ShowCurrent(int entry);
-    void MarkFailed(int entry);
-    bool ScrollByKey(int key);
     /// One transfer after the other; `running` is 1 during each of them. Small files may still be on their
     /// way when the next one begins.
     void Transfer(const std::vector<Job>& jobs, std::int16_t& running, void (ftp::Component::*transfer)());
+    void ShowCurrent(int entry);
+    void MarkFailed(int entry);
+    bool ScrollByKey(int key);
 
     const TransferHost main_;
     QTimer* const Timer1;

@@ -76,5 +76,22 @@ TEST(QueueModel, FindsTheFileThatAnErrorNames) {
     EXPECT_EQ(model.RowOfError(QString(": ").repeated(100'000)), -1);
 }
 
+TEST(QueueModel, OfFilesOfOneNameTheLastBegunHasFailed) {
+    QueueModel model;
+    model.SetEntries({"1", "2", "3", "4"}, {"a.txt", "a.txt", "b.txt", "a.txt"});
+    const auto row = [&] { return model.RowOfError("Servern vägrar: 550 No. [a.txt]"); };
+    EXPECT_EQ(row(), -1);
+    for (const int begun : {0, 1, 2}) model.SetState(begun, EntryState::Running);
+    EXPECT_EQ(row(), 1);
+    model.SetState(1, EntryState::Failed);
+    EXPECT_EQ(row(), 0);
+    model.SetState(0, EntryState::Done);
+    EXPECT_EQ(row(), 0);
+    model.SetState(0, EntryState::Failed);
+    EXPECT_EQ(row(), 1);  // it has failed already
+    model.SetState(3, EntryState::Running);
+    EXPECT_EQ(row(), 3);
+}
+
 }  // namespace
 }  // namespace forms
