@@ -6,6 +6,7 @@
 #include "app/shared/window_routines.h"
 #include "forms/folderupload/folder_upload_form.h"
 #include "ftp/operation_gate.h"
+#include "ftp/visible_text.h"
 #include "toolkit/conversions.h"
 #include "toolkit/message_box.h"
 
@@ -129,7 +130,9 @@ void fmRekurs::SendFile(int row) {
     const QString source = jobs_.SourceOf(row);
     main_.Ftp1.SourceFileName = source;
     main_.Ftp1.DestinationFileName = line.mid(line.lastIndexOf(u'\\') + 1).toLower();
-    if (main_.watch) main_.watch->BeginFile(main_.Ftp1.DestinationFileName, platform::FileLength(source));
+    if (main_.watch)
+        main_.watch->BeginFile(ftp::VisibleText(main_.Ftp1.DestinationFileName),
+                               platform::FileLength(source));
     main_.Ftp1.PutFile();
     if (main_.watch) main_.watch->EndFile();
     const double sent = toolkit::Val(main_.label7.property("tag").toString());
