@@ -94,7 +94,7 @@ TEST_F(Parts, ADisabledButtonHasNothingToPress) {
 }
 
 TEST_F(Parts, BehindADialogNothingIsPressed) {
-    QDialog dialog(&Form());
+    QDialog dialog(window_.get());
     dialog.setModal(true);
     dialog.show();
     Press("Command18");
