@@ -6,6 +6,7 @@
 #include "app/shared/window_routines.h"
 #include "forms/folderupload/folder_upload_form.h"
 #include "ftp/operation_gate.h"
+#include "ftp/transfer_pace.h"
 #include "ftp/visible_text.h"
 #include "toolkit/conversions.h"
 #include "toolkit/message_box.h"
@@ -102,7 +103,7 @@ std::int64_t fmRekurs::BytesToSend() const {
     app::LongWork work;
     for (int row = 0; row < jobs_.Count() && isVisible(); ++row) {
         if (!jobs_.Line(row).startsWith(kFileLine)) continue;
-        bytes += platform::FileLength(jobs_.SourceOf(row)).value_or(0);
+        bytes = ftp::Plus(bytes, platform::FileLength(jobs_.SourceOf(row)).value_or(0));
         work.Yield();
     }
     return bytes;
