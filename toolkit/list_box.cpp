@@ -17,6 +17,11 @@ ListBox::ListBox(QWidget* parent) : QListView(parent), own_lines_(new LineModel(
     setModel(own_lines_);
 }
 
+void ListBox::setModel(QAbstractItemModel* model) {
+    QListView::setModel(model);
+    RowSelection::GiveTo(*this);
+}
+
 LineModel* ListBox::Lines() const {
     return model() == own_lines_ ? own_lines_ : nullptr;
 }
@@ -66,8 +71,10 @@ bool ListBox::Selected(int row) const {
 void ListBox::SetSelected(int row, bool selected) {
     if (!model() || !model()->hasIndex(row, 0)) return;
     using Selection = QItemSelectionModel;
-    selectionModel()->select(model()->index(row, 0),
-                             Selection::Rows | (selected ? Selection::Select : Selection::Deselect));
+    const QModelIndex index = model()->index(row, 0);
+    // Past RowSelection, which would take it for a user's choice.
+    selectionModel()->Selection::select(
+        QItemSelection(index, index), Selection::Rows | (selected ? Selection::Select : Selection::Deselect));
 }
 
 int ListBox::SelCount() const {
@@ -94,7 +101,7 @@ void ListBox::keyPressEvent(QKeyEvent* event) {
         return;
     }
     const SelectionWatch watch(*this);
-    QListView::keyPressEvent(event);
+    if (!TakeChoice(*this, *event)) QListView::keyPressEvent(event);
     if (watch.Moved()) Q_EMIT Click();
 }
 
@@ -105,16 +112,19 @@ void ListBox::keyReleaseEvent(QKeyEvent* event) {
 
 void ListBox::mousePressEvent(QMouseEvent* event) {
     pressed_ = indexAt(event->position().toPoint()).isValid();
+    mouse_.emplace(*this);
     QListView::mousePressEvent(event);
 }
 
 void ListBox::mouseReleaseEvent(QMouseEvent* event) {
     QListView::mouseReleaseEvent(event);
+    mouse_.reset();
     if (std::exchange(pressed_, false)) Q_EMIT Click();
 }
 
 void ListBox::mouseDoubleClickEvent(QMouseEvent* event) {
     pressed_ = false;
+    mouse_.reset();
     QListView::mouseDoubleClickEvent(event);
     const bool on_row = indexAt(event->position().toPoint()).isValid();
     if (on_row && event->button() == Qt::LeftButton) Q_EMIT DblClick();

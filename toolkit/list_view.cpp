@@ -27,6 +27,11 @@ ListView::ListView(QWidget* parent) : QTreeView(parent), width_(new LineWidth(*t
     });
 }
 
+void ListView::setModel(QAbstractItemModel* model) {
+    QTreeView::setModel(model);
+    RowSelection::GiveTo(*this);
+}
+
 int ListView::ListIndex() const {
     return CurrentRow(*this);
 }
@@ -74,7 +79,7 @@ void ListView::keyPressEvent(QKeyEvent* event) {
         return;
     }
     const SelectionWatch watch(*this);
-    QTreeView::keyPressEvent(event);
+    if (!TakeChoice(*this, *event)) QTreeView::keyPressEvent(event);
     if (!watch.Moved()) return;
     // Ctrl+A selects also where no row has been current yet.
     if (ListIndex() < 0)
@@ -85,6 +90,7 @@ void ListView::keyPressEvent(QKeyEvent* event) {
 
 void ListView::mousePressEvent(QMouseEvent* event) {
     press_ = indexAt(event->position().toPoint()).isValid() ? Press::OnRow : Press::BesideRows;
+    mouse_.emplace(*this);
     QTreeView::mousePressEvent(event);
 }
 
@@ -94,6 +100,7 @@ void ListView::mouseReleaseEvent(QMouseEvent* event) {
 }
 
 void ListView::EndPress() {
+    mouse_.reset();
     const Press press = std::exchange(press_, Press::None);
     if (press == Press::OnRow && ListIndex() >= 0) Q_EMIT ItemClick(ListIndex());
     if (press != Press::None) Q_EMIT Click();
@@ -108,6 +115,7 @@ void ListView::startDrag(Qt::DropActions actions) {
 
 void ListView::mouseDoubleClickEvent(QMouseEvent* event) {
     press_ = Press::None;
+    mouse_.reset();
     QTreeView::mouseDoubleClickEvent(event);
     const bool on_row = indexAt(event->position().toPoint()).isValid();
     if (on_row && event->button() == Qt::LeftButton) Q_EMIT DblClick();

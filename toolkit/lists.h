@@ -6,6 +6,9 @@
 #include <QListView>
 #include <QTreeView>
 #include <deque>
+#include <optional>
+
+#include "toolkit/row_selection.h"
 
 namespace toolkit {
 
@@ -44,6 +47,7 @@ class ListBox : public QListView {
     Q_OBJECT
  public:
     explicit ListBox(QWidget* parent = nullptr);
+    void setModel(QAbstractItemModel* model) override;
 
     /// The own model; null after another model has been set.
     LineModel* Lines() const;
@@ -78,7 +82,8 @@ class ListBox : public QListView {
 
  private:
     LineModel* const own_lines_;
-    bool pressed_ = false;  // the mouse, on a row, for a click
+    bool pressed_ = false;                 // the mouse, on a row, for a click
+    std::optional<SelectionWatch> mouse_;  // as long as a button is down
 };
 
 /// A list view with column headers (report style) over any table model; whole rows are selected, Ctrl, Shift
@@ -88,6 +93,7 @@ class ListView : public QTreeView {
     Q_OBJECT
  public:
     explicit ListView(QWidget* parent = nullptr);
+    void setModel(QAbstractItemModel* model) override;
 
     int ListIndex() const;
     bool Selected(int row) const;
@@ -124,6 +130,7 @@ class ListView : public QTreeView {
 
     LineWidth* const width_;
     Press press_ = Press::None;
+    std::optional<SelectionWatch> mouse_;  // as long as a button is down
 };
 
 /// Gives `view` the model, the selection and the selection mode of `other`: two views of one model with one

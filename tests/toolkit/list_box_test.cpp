@@ -1,3 +1,4 @@
+#include <QAccessible>
 #include <QClipboard>
 #include <QElapsedTimer>
 #include <QLineEdit>
@@ -112,6 +113,46 @@ TEST_F(ListBoxTest, TheKeyboardClicksAsItMoves) {
     EXPECT_EQ(Raised(), QStringLiteral("Click[4]"));
     Key(Qt::Key_Down);
     EXPECT_EQ(Raised(), QString()) << "nothing moved";
+}
+
+TEST_F(ListBoxTest, AnAssistiveProgramClicksAsItChooses) {
+    Fill(5);
+    Show();
+    ClickRow(0);
+    Raised();
+    QAccessibleTableInterface& table = *QAccessible::queryAccessibleInterface(&view_)->tableInterface();
+    table.selectRow(3);
+    EXPECT_EQ(Raised(), QStringLiteral("Click[3]"));
+    EXPECT_EQ(view_.Text(), QStringLiteral("line 3"));
+    view_.setSelectionMode(QAbstractItemView::ExtendedSelection);
+    table.selectRow(1);
+    EXPECT_EQ(Raised(), QStringLiteral("Click[1,3]"));
+    table.unselectRow(3);
+    EXPECT_EQ(Raised(), QStringLiteral("Click[1]"));
+}
+
+TEST_F(ListBoxTest, WhatTheProgramSelectsRaisesNothing) {
+    Fill(5);
+    Show();
+    view_.SetListIndex(2);
+    view_.RemoveItem(2);
+    EXPECT_EQ(view_.SelCount(), 1) << "the next row takes its place";
+    view_.setSelectionMode(QAbstractItemView::ExtendedSelection);
+    view_.SetSelected(3, true);
+    view_.SetSelected(2, false);
+    view_.selectAll();
+    view_.clearSelection();
+    view_.Clear();
+    EXPECT_EQ(Raised(), QString()) << "only the user clicks";
+}
+
+TEST_F(ListBoxTest, AControlClickOnTheSelectedRowDeselectsItAndClicksOnce) {
+    Fill(3);
+    Show();
+    ClickRow(1);
+    Raised();
+    ClickRow(1, Qt::ControlModifier);
+    EXPECT_EQ(Raised(), QStringLiteral("Click[]"));
 }
 
 TEST_F(ListBoxTest, EnterIsADoubleClickOnTheSelectedRow) {

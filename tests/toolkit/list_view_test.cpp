@@ -1,3 +1,5 @@
+#include <QAccessible>
+#include <QApplication>
 #include <QElapsedTimer>
 #include <QHeaderView>
 #include <QScrollBar>
@@ -112,6 +114,89 @@ TEST_F(ListViewTest, TheKeyboardClicksAsItMoves) {
     EXPECT_EQ(Raised(), QStringLiteral("ItemClick(2)[0,1,2,3] Click[0,1,2,3]"));
     Key(Qt::Key_A, Qt::ControlModifier);
     EXPECT_EQ(Raised(), QString()) << "nothing moved";
+}
+
+TEST_F(ListViewTest, AnAssistiveProgramClicksAsItChooses) {
+    model_.SetRows(6);
+    Show();
+    ClickRow(0);
+    Raised();
+    QAccessibleTableInterface& table = *QAccessible::queryAccessibleInterface(&view_)->tableInterface();
+    table.selectRow(4);
+    EXPECT_EQ(Raised(), QStringLiteral("ItemClick(4)[0,4] Click[0,4]"));
+    table.unselectRow(0);
+    EXPECT_EQ(Raised(), QStringLiteral("ItemClick(0)[4] Click[4]"));
+    const auto toggle = [&table](int row) {
+        table.cellAt(row, 1)->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+    };
+    toggle(2);
+    EXPECT_EQ(Raised(), QStringLiteral("ItemClick(2)[2,4] Click[2,4]"));
+    EXPECT_EQ(view_.ListIndex(), 2);
+    toggle(4);
+    EXPECT_EQ(Raised(), QStringLiteral("ItemClick(4)[2] Click[2]"));
+    table.selectRow(2);
+    EXPECT_EQ(view_.ListIndex(), 2) << "also of a row that is selected already";
+}
+
+TEST_F(ListViewTest, AnAssistiveProgramChoosesNothingWhereNoKeyWould) {
+    model_.SetRows(3);
+    Show();
+    QAccessibleTableInterface& table = *QAccessible::queryAccessibleInterface(&view_)->tableInterface();
+    {
+        QWidget dialog;
+        dialog.setWindowModality(Qt::ApplicationModal);
+        dialog.show();
+        table.selectRow(1);
+    }
+    view_.setEnabled(false);
+    table.selectRow(1);
+    EXPECT_EQ(view_.SelCount(), 0);
+    EXPECT_EQ(Raised(), QString());
+    view_.setEnabled(true);
+    table.selectRow(1);
+    EXPECT_EQ(Raised(), QStringLiteral("ItemClick(1)[1] Click[1]"));
+}
+
+TEST_F(ListViewTest, ControlAndTheMouseSelectFurtherRowsAndClickOnce) {
+    model_.SetRows(6);
+    Show();
+    ClickRow(0);
+    Raised();
+    QTest::mousePress(view_.viewport(), Qt::LeftButton, Qt::ControlModifier, Middle(2));
+    for (int row = 2; row <= 4; ++row) {
+        const QPointF place = Middle(row);
+        QMouseEvent move(QEvent::MouseMove, place, view_.viewport()->mapToGlobal(place), Qt::NoButton,
+                         Qt::LeftButton, Qt::ControlModifier);
+        QApplication::sendEvent(view_.viewport(), &move);
+    }
+    EXPECT_EQ(Raised(), QString());
+    QTest::mouseRelease(view_.viewport(), Qt::LeftButton, Qt::ControlModifier, Middle(4));
+    EXPECT_EQ(Raised(), QStringLiteral("ItemClick(4)[0,2,3,4] Click[0,2,3,4]"));
+}
+
+TEST_F(ListViewTest, TheSpaceKeyClicksOnce) {
+    model_.SetRows(3);
+    Show();
+    Key(Qt::Key_Space);
+    EXPECT_EQ(Raised(), QStringLiteral("ItemClick(0)[0] Click[0]"));
+}
+
+TEST_F(ListViewTest, WhatTheProgramSelectsRaisesNothing) {
+    model_.SetRows(6);
+    ListBox box;
+    ShareSelection(box, view_);
+    Show();
+    box.SetSelected(5, true);
+    box.SetSelected(5, false);
+    box.SetSelected(4, true);
+    box.SetListIndex(2);
+    view_.selectAll();
+    view_.clearSelection();
+    view_.selectionModel()->setCurrentIndex(model_.index(3, 0), QItemSelectionModel::NoUpdate);
+    view_.setCurrentIndex(model_.index(1, 0));
+    EXPECT_EQ(view_.SelectedRows(), QList{1});
+    model_.SetRows(3);
+    EXPECT_EQ(Raised(), QString()) << "only the user clicks";
 }
 
 TEST_F(ListViewTest, SelectingAllWithoutACurrentRowMakesTheFirstCurrent) {
