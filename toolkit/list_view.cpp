@@ -1,5 +1,8 @@
+#include <QApplication>
 #include <QHeaderView>
+#include <QHelpEvent>
 #include <QKeyEvent>
+#include <QToolTip>
 #include <algorithm>
 #include <utility>
 
@@ -74,6 +77,8 @@ int ListView::WidestItem(int column) const {
 }
 
 void ListView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_F1 && event->modifiers() == Qt::ControlModifier) return ShowTip();
+    QToolTip::hideText();
     if (IsEnterOnRow(*this, *event)) {
         Q_EMIT DblClick();
         return;
@@ -86,6 +91,15 @@ void ListView::keyPressEvent(QKeyEvent* event) {
         selectionModel()->setCurrentIndex(model()->index(0, 0), QItemSelectionModel::NoUpdate);
     Q_EMIT ItemClick(ListIndex());
     Q_EMIT Click();
+}
+
+// The same that the mouse gets.
+void ListView::ShowTip() {
+    if (!currentIndex().isValid()) return;
+    scrollTo(currentIndex());
+    const QPoint place(viewport()->rect().center().x(), visualRect(currentIndex()).center().y());
+    QHelpEvent wish(QEvent::ToolTip, place, viewport()->mapToGlobal(place));
+    QApplication::sendEvent(viewport(), &wish);
 }
 
 void ListView::mousePressEvent(QMouseEvent* event) {

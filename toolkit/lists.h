@@ -87,8 +87,9 @@ class ListBox : public QListView {
 };
 
 /// A list view with column headers (report style) over any table model; whole rows are selected, Ctrl, Shift
-/// and Ctrl+A work as users expect. Rows have one height and are laid out on demand. The last column reaches
-/// the right edge, and further where a text in it is longer.
+/// and Ctrl+A work as users expect. Ctrl+F1 shows the current row's tool tip until the next key. Rows have
+/// one height and are laid out on demand. The last column reaches the right edge, and further where a text in
+/// it is longer.
 class ListView : public QTreeView {
     Q_OBJECT
  public:
@@ -125,6 +126,7 @@ class ListView : public QTreeView {
  private:
     enum class Press { None, OnRow, BesideRows };
     void EndPress();  // raises the events of a click
+    void ShowTip();
     void FitLastColumn();
     int WidestItem(int column) const;  // pixels
 

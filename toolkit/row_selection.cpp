@@ -84,8 +84,8 @@ void RowSelection::GiveTo(QAbstractItemView& view) {
 }
 
 void RowSelection::select(const QItemSelection& rows, SelectionFlags command) {
-    const bool by_program = command == (Select | Rows) || command == (Deselect | Rows);
-    if (!by_program || rows.isEmpty() || watches_ > 0) return QItemSelectionModel::select(rows, command);
+    const bool by_assistive = command == (Select | Rows) || command == (Deselect | Rows);
+    if (!by_assistive || rows.isEmpty() || watches_ > 0) return QItemSelectionModel::select(rows, command);
     if (IsBehindDialog(view_)) return;
     ChoiceKey choice(rows, command);
     QCoreApplication::sendEvent(&view_, &choice);

@@ -6,6 +6,7 @@
 #include "ftp/readable.h"
 #include "platform/drive_path.h"
 #include "toolkit/conversions.h"
+#include "toolkit/wrapped_label.h"
 
 namespace forms {
 
@@ -49,7 +50,10 @@ QVariant LocalFilesModel::data(const QModelIndex& index, int role) const {
     if (!index.isValid()) return {};
     if (role == Qt::TextAlignmentRole && index.column() == 1) return int{Qt::AlignRight | Qt::AlignVCenter};
     const platform::FolderEntry& file = At(index.row());
-    if (role == Qt::ToolTipRole) return ftp::FileTip(file.size, file.modified);
+    if (role == Qt::ToolTipRole)
+        return toolkit::PlainToolTip(file.name.toLower() + u'\n' + ftp::FileTip(file.size, file.modified));
+    if (role == Qt::AccessibleDescriptionRole && index.column() == 0)
+        return ftp::FileTip(file.size, file.modified);
     if (role != Qt::DisplayRole) return {};
     switch (index.column()) {
         case 0:

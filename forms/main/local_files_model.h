@@ -8,8 +8,8 @@
 
 namespace forms {
 
-/// Rows are replaced all at once. Size and time are those that were read with the folder; nothing is read
-/// later.
+/// Rows are replaced all at once. What a row's tool tip says beside the name, those who hear the name are
+/// told, too. Size and time are those that were read with the folder; nothing is read later.
 class LocalFilesModel : public QAbstractTableModel {
     Q_OBJECT
  public:

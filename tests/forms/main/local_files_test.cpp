@@ -1,3 +1,7 @@
+#include <QAccessible>
+#include <QToolTip>
+
+#include "ftp/operation_gate.h"
 #include "tests/forms/main/main_window.h"
 #include "tests/support/box_answerer.h"
 
@@ -201,6 +205,40 @@ TEST_F(LocalFiles, TheDeleteButtonFollowsTheSelection) {
     ClickFile("b.txt");
     EXPECT_TRUE(Button("Command8").isVisible());
     EXPECT_FALSE(Button("fleratabort2").isVisible());
+}
+
+TEST_F(LocalFiles, ARowThatAnAssistiveProgramChoosesIsTheOneThatTheButtonsActOn) {
+    for (const char* name : {"a.txt", "b.txt"}) MakeFile(name, 1);
+    Open();
+    ClickFile("a.txt");
+    QAccessibleTableInterface& table =
+        *QAccessible::queryAccessibleInterface(&Get("list2"))->tableInterface();
+    table.selectRow(1);
+    EXPECT_TRUE(Button("fleratabort2").isVisible());
+    {
+        const ftp::OperationGate gate;
+        table.unselectRow(1);
+    }
+    EXPECT_EQ(Get<toolkit::ListBox>("List1").SelCount(), 2) << "as no key is let through";
+    table.unselectRow(0);
+    EXPECT_TRUE(Button("Command8").isEnabled());
+    ExpectBox box(kDelete, QStringLiteral("Vill du ta bort [") + Folder() + "\\b.txt] ?", "cmdYes");
+    ClickOn("Command8");
+    EXPECT_EQ(OnDisk(), QStringList("a.txt"));
+}
+
+TEST_F(LocalFiles, AKeyShowsTheTipOfTheCurrentRow) {
+    for (const QString& name : {QStringLiteral("<b>a.txt"), QStringLiteral("b.txt")}) MakeFile(name, 7);
+    Open();
+    auto& list = Get<QAbstractItemView>("list2");
+    list.setFocus();
+    QTest::keyClick(&list, Qt::Key_F1, Qt::ControlModifier);
+    EXPECT_TRUE(QToolTip::isVisible());
+    EXPECT_TRUE(QToolTip::text().contains("&lt;b&gt;a.txt\n7")) << qPrintable(QToolTip::text());
+    QTest::keyClick(&list, Qt::Key_Down);
+    EXPECT_TRUE(QTest::qWaitFor([] { return !QToolTip::isVisible(); }));
+    QTest::keyClick(&list, Qt::Key_F1, Qt::ControlModifier);
+    EXPECT_TRUE(QToolTip::text().contains("b.txt\n7")) << qPrintable(QToolTip::text());
 }
 
 TEST_F(LocalFiles, TheFocusStaysInTheLocalPanel) {

@@ -2,6 +2,7 @@
 #include <ctime>
 
 #include "tests/forms/main/main_window.h"
+#include "toolkit/wrapped_label.h"
 
 namespace forms {
 namespace {
@@ -21,9 +22,13 @@ TEST_F(LocalPanel, ARowTellsSizeAndTimeInWords) {
     file.close();
     Open();
     const QAbstractItemModel& rows = *Get<QAbstractItemView>("list2").model();
+    const auto told = [&rows](int column, int role) {
+        return rows.index(0, column).data(role).toString().replace(QChar::Nbsp, u' ');
+    };
+    const QString words = "48 213 byte (47,1 kB)\nsenast ändrad tisdag 12 mars 2024 kl. 14.30";
     for (int column = 0; column < 3; ++column)
-        EXPECT_EQ(rows.index(0, column).data(Qt::ToolTipRole).toString().replace(QChar::Nbsp, u' '),
-                  "48 213 byte (47,1 kB)\nsenast ändrad tisdag 12 mars 2024 kl. 14.30");
+        EXPECT_EQ(told(column, Qt::ToolTipRole), toolkit::PlainToolTip("a.txt\n" + words));
+    EXPECT_EQ(told(0, Qt::AccessibleDescriptionRole), words);
 }
 
 TEST_F(LocalPanel, ListsTheCurrentFolderInLowerCaseAndNoFolders) {
