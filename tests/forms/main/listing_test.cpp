@@ -1,3 +1,5 @@
+#include <QApplication>
+#include <QElapsedTimer>
 #include <QLabel>
 
 #include "tests/forms/main/main_window.h"
@@ -13,6 +15,20 @@ class Listing : public MainWindow {
         window_->ClearServerLists();
         for (const QString& line : lines) Q_EMIT Ftp1().DirItem(line);
         window_->BuildServerList();
+    }
+
+    // The rows that are marked when the letters have been typed in a run.
+    QList<int> ChosenBy(const QString& letters) {
+        auto& list = Get<toolkit::ListView>("listdir2");
+        const int interval = QApplication::keyboardInputInterval();
+        QApplication::setKeyboardInputInterval(0);
+        for (const QChar letter : letters) {
+            QTest::sendKeyEvent(QTest::Click, &list, static_cast<Qt::Key>(letter.toUpper().unicode()), letter,
+                                {});
+            QApplication::setKeyboardInputInterval(60'000);
+        }
+        QApplication::setKeyboardInputInterval(interval);
+        return list.SelectedRows();
     }
 
     QStringList Rows(const char* list) {
@@ -91,6 +107,44 @@ TEST_F(Listing, TheNameIsWhatFollowsTheLastBlank) {
     EXPECT_EQ(Get<toolkit::ListBox>("listDir").SelectedRows(), QList{0});
     ClickRow("listdir2", 1);
     EXPECT_EQ(window_->SelectedServerName(), QStringLiteral("page.htm"));
+}
+
+// Their beginnings are alike, whatever they are called.
+TEST_F(Listing, TypingFindsTheNextRowByItsName) {
+    Open();
+    List({QStringLiteral("drwxr-xr-x 2 u g 512 Jan 1 10:00 arkiv"),
+          QStringLiteral("-rw-r--r-- 1 u g 7 Jan 1 10:00 Bild.gif"),
+          QStringLiteral("-rw-r--r-- 1 u g 7 Jan 1 10:00 alla.txt"),
+          QStringLiteral("-rw-r--r-- 1 u g 7 Jan 1 10:00 äpple.txt")});
+    int clicks = 0;
+    QObject::connect(&Get<toolkit::ListView>("listdir2"), &toolkit::ListView::ItemClick,
+                     [&clicks] { ++clicks; });
+    EXPECT_EQ(ChosenBy("a"), QList{0}) << "the current row, which is not marked yet";
+    EXPECT_FALSE(Button("Command10").isEnabled()) << "of a directory";
+    EXPECT_EQ(ChosenBy("a"), QList{2}) << "the next one";
+    EXPECT_EQ(clicks, 2);
+    EXPECT_TRUE(Button("Command10").isEnabled()) << "as a key chooses";
+    EXPECT_EQ(window_->SelectedServerName(), "alla.txt");
+    EXPECT_EQ(ChosenBy("a"), QList{0}) << "round the end";
+    EXPECT_EQ(ChosenBy("aa"), QList{0}) << "the same letter again: the one after the next";
+    EXPECT_EQ(ChosenBy("al"), QList{2});
+    EXPECT_EQ(ChosenBy("ALLA"), QList{2}) << "where it stands already";
+    EXPECT_EQ(ChosenBy("bild.x"), QList{1}) << "as far as there was one";
+    EXPECT_EQ(ChosenBy(QStringLiteral("ä")), QList{3});
+    EXPECT_EQ(ChosenBy("a l"), QList{2}) << "the space key is no letter";
+}
+
+TEST_F(Listing, TypingIsQuickAmongManyRows) {
+    Open();
+    QStringList lines;
+    for (int i = 0; i < 10'000; ++i)
+        lines.append(QStringLiteral("-rw-r--r-- 1 u g 7 Jan 1 10:00 fil%1.txt").arg(i));
+    List(lines);
+    QElapsedTimer clock;
+    clock.start();
+    QTest::keyClick(&Get("listdir2"), Qt::Key_Q);
+    RecordProperty("milliseconds", static_cast<int>(clock.elapsed()));
+    EXPECT_LT(clock.elapsed(), 500);
 }
 
 TEST_F(Listing, ANarrowListKeepsTheNameInSight) {
