@@ -3,8 +3,17 @@
 #include <QMimeData>
 
 #include "ftp/listing_rows.h"
+#include "ftp/readable.h"
 
 namespace forms {
+namespace {
+
+QString KindOf(const QString& line) {
+    if (!ftp::IsDirectoryOrLink(line)) return QStringLiteral("fil");
+    return line.startsWith(u'd', Qt::CaseInsensitive) ? QStringLiteral("katalog") : QStringLiteral("länk");
+}
+
+}  // namespace
 
 ServerLinesModel::ServerLinesModel(QObject* parent)
     : LineModel(parent), ImageList1{QIcon(QStringLiteral(":/main/kind1_text.svg")),
@@ -18,8 +27,18 @@ ServerLinesModel::ServerLinesModel(QObject* parent)
                                     QIcon(QStringLiteral(":/main/kind9_program.svg"))} {}
 
 QVariant ServerLinesModel::data(const QModelIndex& index, int role) const {
-    if (role != Qt::DecorationRole || !index.isValid()) return LineModel::data(index, role);
-    return ImageList1[static_cast<std::size_t>(ftp::ListingIcon(At(index.row())) - 1)];
+    if (!index.isValid()) return {};
+    const QString line = At(index.row());
+    switch (role) {
+        case Qt::DecorationRole:
+            return ImageList1[static_cast<std::size_t>(ftp::ListingIcon(line) - 1)];
+        case Qt::AccessibleTextRole:
+            return QString(ftp::NameOfListingLine(line) + QStringLiteral(", ") + KindOf(line));
+        case Qt::AccessibleDescriptionRole:
+            return ftp::ListingTip(line, QDate::currentDate());
+        default:
+            return LineModel::data(index, role);
+    }
 }
 
 Qt::ItemFlags ServerLinesModel::flags(const QModelIndex& index) const {

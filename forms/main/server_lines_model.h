@@ -1,5 +1,6 @@
 #pragma once
-// The raw listing lines with their icons: the model behind listDir and listdir2. UI thread only.
+// The raw listing lines with their icons: the model behind listDir and listdir2. Those who hear a row are
+// told its name and kind, and then what its tool tip says. UI thread only.
 
 #include <QIcon>
 #include <array>

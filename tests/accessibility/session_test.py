@@ -333,7 +333,7 @@ class Session(Screen):
         self.wait_for_server_file("readme.txt")
 
     def wait_for_server_file(self, name):
-        wait_for(f"{name} on the server", lambda: any(row.get_name().endswith(" " + name)
+        wait_for(f"{name} on the server", lambda: any(row.get_name() == f"{name}, fil"
                                                       for row in self.rows(self.main, "Filer på servern")))
 
     def choose(self, key, name):

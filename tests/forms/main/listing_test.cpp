@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QLabel>
+#include <QToolTip>
 
 #include "tests/forms/main/main_window.h"
 
@@ -145,6 +146,31 @@ TEST_F(Listing, TypingIsQuickAmongManyRows) {
     QTest::keyClick(&Get("listdir2"), Qt::Key_Q);
     RecordProperty("milliseconds", static_cast<int>(clock.elapsed()));
     EXPECT_LT(clock.elapsed(), 500);
+}
+
+TEST_F(Listing, ARowIsHeardByItsNameAndKindAndThenInWords) {
+    Open();
+    List({QStringLiteral("-rw-r--r-- 1 u g 48213 Mar 12 2024 x.txt"),
+          QStringLiteral("drwxr-xr-x 2 u g 512 Mar 12 2024 pub"),
+          QStringLiteral("lrwxrwxrwx 1 u g 7 Mar 12 2024 www -> htdocs")});
+    const QAbstractItemModel& rows = *Get<QAbstractItemView>("listdir2").model();
+    const auto heard = [&rows](int row, int role) {
+        return rows.index(row, 0).data(role).toString().replace(QChar::Nbsp, u' ');
+    };
+    EXPECT_EQ(heard(0, Qt::AccessibleTextRole), "x.txt, fil");
+    EXPECT_EQ(heard(1, Qt::AccessibleTextRole), "pub, katalog");
+    EXPECT_EQ(heard(2, Qt::AccessibleTextRole), "htdocs, länk");
+    EXPECT_EQ(heard(0, Qt::AccessibleDescriptionRole),
+              "48 213 byte (47,1 kB)\nsenast ändrad tisdag 12 mars 2024");
+    EXPECT_EQ(heard(1, Qt::AccessibleDescriptionRole), "senast ändrad tisdag 12 mars 2024");
+}
+
+TEST_F(Listing, AKeyShowsTheTipOfTheCurrentRow) {
+    Open();
+    List({QStringLiteral("-rw-r--r-- 1 u g 7 Mar 12 2024 a.txt")});
+    QTest::keyClick(&Get("listdir2"), Qt::Key_F1, Qt::ControlModifier);
+    EXPECT_TRUE(QToolTip::isVisible());
+    EXPECT_TRUE(QToolTip::text().contains("7 byte\nsenast ändrad")) << qPrintable(QToolTip::text());
 }
 
 TEST_F(Listing, ANarrowListKeepsTheNameInSight) {
