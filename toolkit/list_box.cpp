@@ -132,6 +132,7 @@ void ListBox::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void ListBox::focusOutEvent(QFocusEvent* event) {
     QListView::focusOutEvent(event);
+    mouse_.reset();  // a menu takes the button's release
     const Qt::FocusReason reason = event->reason();
     if (reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason) Q_EMIT LostFocus();
 }

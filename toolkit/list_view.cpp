@@ -137,6 +137,7 @@ void ListView::mouseDoubleClickEvent(QMouseEvent* event) {
 
 void ListView::focusOutEvent(QFocusEvent* event) {
     QTreeView::focusOutEvent(event);
+    mouse_.reset();  // a menu takes the button's release
     const Qt::FocusReason reason = event->reason();
     if (reason != Qt::PopupFocusReason && reason != Qt::ActiveWindowFocusReason) Q_EMIT LostFocus();
 }

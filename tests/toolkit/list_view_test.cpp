@@ -2,6 +2,7 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QHeaderView>
+#include <QMenu>
 #include <QScrollBar>
 #include <QStringListModel>
 
@@ -155,6 +156,20 @@ TEST_F(ListViewTest, AnAssistiveProgramChoosesNothingWhereNoKeyWould) {
     view_.setEnabled(true);
     table.selectRow(1);
     EXPECT_EQ(Raised(), QStringLiteral("ItemClick(1)[1] Click[1]"));
+}
+
+TEST_F(ListViewTest, AnAssistiveProgramIsHeardAfterAMenuToo) {
+    model_.SetRows(4);
+    Show();
+    QTest::mousePress(view_.viewport(), Qt::RightButton, {}, Middle(1));
+    QMenu menu;
+    menu.addAction(QStringLiteral("a"));
+    menu.popup(view_.pos());
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&menu));
+    menu.close();
+    Raised();
+    QAccessible::queryAccessibleInterface(&view_)->tableInterface()->selectRow(3);
+    EXPECT_EQ(Raised(), QStringLiteral("ItemClick(3)[1,3] Click[1,3]"));
 }
 
 TEST_F(ListViewTest, ControlAndTheMouseSelectFurtherRowsAndClickOnce) {
