@@ -5,6 +5,8 @@
 #include <asio/redirect_error.hpp>
 #include <asio/use_awaitable.hpp>
 #include <chrono>
+#include <exception>
+#include <string>
 #include <utility>
 
 #include "ftp/engine/session/reopen.h"
@@ -13,7 +15,7 @@ namespace ftp {
 
 using Clock = std::chrono::steady_clock;
 
-Idling::Idling(Session& session, std::function<void(bool)> ended)
+Idling::Idling(Session& session, Ended ended)
     : session_(session),
       ended_(std::move(ended)),
       something_(session.transport.Executor()),
@@ -39,7 +41,21 @@ asio::awaitable<void> Idling::AwaitEnd() {
     }
 }
 
+/// What is thrown here is a fault of ours: it costs the session, and is told.
 asio::awaitable<void> Idling::Run() {
+    std::string fault;
+    try {
+        co_await LookAfterSession();
+    } catch (const std::exception& thrown) {
+        fault = thrown.what();
+        if (session_.control) session_.control->Close();
+    }
+    ended_(wanted_, fault);
+    running_ = false;
+    over_.cancel();
+}
+
+asio::awaitable<void> Idling::LookAfterSession() {
     while (wanted_ && session_.Alive()) {
         const bool silent = co_await AwaitSilence();
         if (!wanted_ || !session_.Alive()) break;
@@ -47,9 +63,6 @@ asio::awaitable<void> Idling::Run() {
         if (silent && !server_left_) co_await session_.KeepAwake();
     }
     if (!session_.dropped && session_.control && !session_.control->Open()) co_await HearOut(session_);
-    ended_(wanted_);
-    running_ = false;
-    over_.cancel();
 }
 
 /// Whether nothing has happened for so long that the server may mind.

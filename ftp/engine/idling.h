@@ -3,6 +3,7 @@
 
 #include <asio/steady_timer.hpp>
 #include <functional>
+#include <string>
 
 #include "ftp/engine/session/session.h"
 
@@ -11,10 +12,13 @@ namespace ftp {
 /// Sees it when the server ends an idle session, and keeps it from doing so where that is wanted.
 class Idling {
  public:
-    /// `ended` is called each time that somebody has looked after the session and does not any more; `wanted`
-    /// says whether that ended by itself, because the session is gone, and not by End. The object outlives
-    /// what runs on the session's executor.
-    Idling(Session& session, std::function<void(bool wanted)> ended);
+    /// Called each time that somebody has looked after the session and does not any more; `wanted` says
+    /// whether that ended by itself, because the session is gone, and not by End; `fault` what went wrong
+    /// inside, or nothing. Throws nothing.
+    using Ended = std::function<void(bool wanted, const std::string& fault)>;
+
+    /// The object outlives what runs on the session's executor.
+    Idling(Session& session, Ended ended);
 
     /// Looks after a session that is alive, until End or until it is gone.
     void Begin(bool keep_awake);
@@ -26,10 +30,11 @@ class Idling {
 
  private:
     asio::awaitable<void> Run();
+    asio::awaitable<void> LookAfterSession();
     asio::awaitable<bool> AwaitSilence();
 
     Session& session_;
-    const std::function<void(bool)> ended_;
+    const Ended ended_;
     asio::steady_timer something_;  // cancelled when something has happened to the session
     asio::steady_timer over_;       // cancelled when nobody looks after it any more
     bool keep_awake_ = false;

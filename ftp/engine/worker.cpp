@@ -34,7 +34,7 @@ Worker::Core::Core(Sink sink, const Deadlines& deadlines, std::shared_ptr<std::a
       files_(MakeLocalFiles()),
       room_(io_),
       session_(*transport_, *files_, *this, deadlines_),
-      idling_(session_, [this](bool by_itself) { IdlingEnded(by_itself); }),
+      idling_(session_, [this](bool by_itself, const std::string& fault) { IdlingEnded(by_itself, fault); }),
       lanes_(io_.get_executor(), *files_, deadlines_, *this),
       thread_([this] {
           BlockBrokenPipeSignal();
@@ -81,8 +81,7 @@ void Worker::Core::BatchTaken() {
     room_.cancel();
 }
 
-/// One operation, from its request to Finished. The one place that catches: what gets here is a fault of
-/// ours.
+/// One operation, from its request to Finished. What is caught here is a fault of ours.
 asio::awaitable<void> Worker::Core::Carry(Request request) {
     carrying_ = true;
     session_.dropped = closing_;
@@ -117,7 +116,8 @@ void Worker::Core::Lose() {
     TellWhetherConnected();
 }
 
-void Worker::Core::IdlingEnded(bool by_itself) {
+void Worker::Core::IdlingEnded(bool by_itself, const std::string& fault) {
+    if (!fault.empty()) sink_({0, Problem{Failure{FailureKind::Protocol, 0, fault}, false}});
     if (by_itself) Lose();
     if (!session_.LoggedIn()) session_.Forget();
     if (!carrying_) session_.dropped = closing_;

@@ -54,7 +54,7 @@ class Worker::Core : private Events, private LaneEvents {
     asio::awaitable<Result<>> OpenAgain();
     void Lose();
     void LeaveServer();
-    void IdlingEnded(bool by_itself);
+    void IdlingEnded(bool by_itself, const std::string& fault);
 
     // Files, and the run that they belong to (worker_run.cpp)
     Result<> BeginRun(std::size_t lanes);

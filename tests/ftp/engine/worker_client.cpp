@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <iostream>
 #include <ostream>
+#include <stdexcept>
 #include <thread>
 #include <utility>
 
@@ -41,6 +42,11 @@ void WorkerClient::Hear(ftp::Notification notification) {
         connected_ = session->connected;
         heard_.notify_all();
     }
+    const auto* said = std::get_if<ftp::CommandSent>(&notification.what);
+    if (said && said->line == fails_at) {
+        fails_at.clear();
+        throw std::runtime_error("cannot hear of it");
+    }
     if (notification.request == 0) return HearAside(notification);
     EXPECT_EQ(notification.request, request_);
     EXPECT_FALSE(finished_) << "told after Finished";
@@ -66,15 +72,18 @@ void WorkerClient::Hear(ftp::Notification notification) {
 
 void WorkerClient::HearAside(const ftp::Notification& notification) {
     const bool of_file = std::holds_alternative<ftp::FileProblem>(notification.what);
-    const bool of_operation = std::holds_alternative<ftp::Problem>(notification.what) ||
-                              std::holds_alternative<ftp::Finished>(notification.what);
-    EXPECT_TRUE(!of_operation && (in_run_ || !of_file));
+    EXPECT_FALSE(std::holds_alternative<ftp::Finished>(notification.what));
+    EXPECT_TRUE(in_run_ || !of_file);
     if (const auto* command = std::get_if<ftp::CommandSent>(&notification.what))
         aside_.trace.push_back("> " + command->line);
     if (const auto* reply = std::get_if<ftp::ReplyLine>(&notification.what))
         aside_.trace.push_back("< " + reply->line);
     if (const auto* problem = std::get_if<ftp::FileProblem>(&notification.what))
         aside_.problems.push_back(*problem);
+    if (const auto* problem = std::get_if<ftp::Problem>(&notification.what)) {
+        EXPECT_EQ(problem->failure.detail, "cannot hear of it");
+        aside_.faults.push_back(problem->failure);
+    }
 }
 
 WorkerClient::Aside WorkerClient::TakeAside() {

@@ -37,6 +37,7 @@ class WorkerClient {
     struct Aside {
         std::vector<std::string> trace;
         std::vector<ftp::FileProblem> problems;
+        std::vector<ftp::Failure> faults;  // of the worker itself
     };
     Aside TakeAside();
 
@@ -64,6 +65,8 @@ class WorkerClient {
     bool image = true;
     bool keep_alive = false;
     bool takes_batches = true;
+    /// Hearing of such a command throws, once: a fault in the worker's own house.
+    std::string fails_at;
 
  private:
     void Hear(ftp::Notification notification);
