@@ -62,7 +62,7 @@ void NameInnerParts(QWidget& window) {
     }
     for (QSplitterHandle* handle : window.findChildren<QSplitterHandle*>()) {
         SetAccessibleRole(*handle, QAccessible::Separator);
-        handle->setAccessibleName(QStringLiteral("Avgränsare"));
+        handle->setAccessibleName(handle->splitter()->accessibleName());
     }
 }
 
