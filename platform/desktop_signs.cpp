@@ -36,9 +36,11 @@ void DesktopSigns::Begin() {
 
 void DesktopSigns::OnOpened() {
     // Without the name of the sender, which would have to be waited for.
-    QDBusConnection(bus_.Name())
-        .connect(QString(), kNoticesPath, kNotices, QStringLiteral("ActionInvoked"), this,
-                 SLOT(OnAction(uint, QString)));
+    QDBusConnection bus(bus_.Name());
+    bus.connect(QString(), kNoticesPath, kNotices, QStringLiteral("ActivationToken"), this,
+                SLOT(OnToken(uint, QString)));
+    bus.connect(QString(), kNoticesPath, kNotices, QStringLiteral("ActionInvoked"), this,
+                SLOT(OnAction(uint, QString)));
     SendProgress();
     if (notice_) AskForAbilities();
 }
@@ -106,8 +108,13 @@ void DesktopSigns::SendNotice(const QStringList& abilities) {
     });
 }
 
+void DesktopSigns::OnToken(uint notice, const QString& token) {
+    if (notice == told_) token_ = token;
+}
+
 void DesktopSigns::OnAction(uint notice, const QString& action) {
-    if (notice == told_ && told_ != 0 && action == QStringLiteral("default")) Q_EMIT Chosen();
+    const QString token = std::exchange(token_, {});
+    if (notice == told_ && told_ != 0 && action == QStringLiteral("default")) Q_EMIT Chosen(token);
 }
 
 }  // namespace platform

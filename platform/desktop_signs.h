@@ -35,10 +35,12 @@ class DesktopSigns : public QObject {
     DesktopBus::State Standing() const { return bus_.Standing(); }
 
  Q_SIGNALS:
-    /// The user has chosen the notice.
-    void Chosen();
+    /// The user has chosen the notice. `activation_token`: what a Wayland desktop wants to see from a window
+    /// that comes to the front, or nothing.
+    void Chosen(const QString& activation_token);
 
  private Q_SLOTS:
+    void OnToken(uint notice, const QString& token);
     void OnAction(uint notice, const QString& action);
 
  private:
@@ -59,6 +61,7 @@ class DesktopSigns : public QObject {
     std::optional<double> shown_;   // as the desktop knows it
     std::optional<Notice> notice_;  // to be told
     uint told_ = 0;                 // the server's number of the last notice
+    QString token_;                 // comes before the action that it belongs to
 };
 
 }  // namespace platform

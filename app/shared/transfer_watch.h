@@ -54,7 +54,7 @@ class TransferWatch : public QObject {
 
  Q_SIGNALS:
     void WordsChanged(const QString& words);
-    void NoticeChosen();  // by the user, who wants to see the program
+    void NoticeChosen(const QString& activation_token);  // by the user, who wants to see the program
 
  private:
     void Tick();

@@ -150,8 +150,8 @@ TEST(DesktopSigns, HearThatTheirNoticeIsChosen) {
     const SessionBus bus;
     FakeDesktop desktop(bus);
     DesktopSigns signs(bus.Address());
-    int chosen = 0;
-    QObject::connect(&signs, &DesktopSigns::Chosen, [&] { ++chosen; });
+    QStringList chosen;
+    QObject::connect(&signs, &DesktopSigns::Chosen, [&](const QString& token) { chosen.append(token); });
     signs.Tell("ett", "");
     ASSERT_TRUE(Becomes([&] { return desktop.notices.size() == 1; }));
     ASSERT_TRUE(Becomes([&] {  // until its number has come back
@@ -161,7 +161,12 @@ TEST(DesktopSigns, HearThatTheirNoticeIsChosen) {
     Q_EMIT desktop.ActionInvoked(7, "default");  // another program's
     Q_EMIT desktop.ActionInvoked(41, "close");
     Q_EMIT desktop.ActionInvoked(41, "default");
-    EXPECT_TRUE(Becomes([&] { return chosen == 1; }));
+    EXPECT_TRUE(Becomes([&] { return chosen == QStringList(""); }));
+    Q_EMIT desktop.ActivationToken(7, "of another program");
+    Q_EMIT desktop.ActivationToken(41, "for the window");
+    Q_EMIT desktop.ActionInvoked(41, "default");
+    Q_EMIT desktop.ActionInvoked(41, "default");
+    EXPECT_TRUE(Becomes([&] { return chosen == QStringList({"", "for the window", ""}); }));
 }
 
 TEST(DesktopSigns, DoNothingWithoutABus) {

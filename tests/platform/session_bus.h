@@ -77,6 +77,7 @@ class FakeDesktop : public QObject {
 
  Q_SIGNALS:
     void ActionInvoked(uint notice, const QString& action);
+    void ActivationToken(uint notice, const QString& token);
 
  private Q_SLOTS:
     void Update(const QString& launcher, const QVariantMap& what) {
