@@ -1,10 +1,13 @@
 #include "app/shared/owned_dialog.h"
 
+#include "app/shared/busy_focus.h"
 #include "app/shared/window_routines.h"
 
 namespace app {
 
-OwnedDialog::OwnedDialog(QWidget& owner) : owner_(owner) {}
+OwnedDialog::OwnedDialog(QWidget& owner) : owner_(owner) {
+    new BusyFocus(*this);
+}
 
 void OwnedDialog::OpenOverOwner() {
     focused_ = owner_.focusWidget();
