@@ -1,16 +1,22 @@
 // What the form definition cannot say: pictures, fonts, shared selections, and what follows the window's
 // size.
 
+#include <QApplication>
 #include <QHeaderView>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QScreen>
 #include <QStyledItemDelegate>
+#include <algorithm>
+#include <functional>
 
+#include "app/shared/busy_focus.h"
+#include "forms/about/help_panel_form.h"
 #include "forms/main/main_form.h"
 #include "ftp/operation_gate.h"
 #include "toolkit/accessible.h"
 #include "toolkit/fonts.h"
+#include "toolkit/splitter.h"
 
 namespace forms {
 namespace {
@@ -88,6 +94,11 @@ void MainForm::PrepareLayout() {
     for (QPushButton* button : findChildren<QPushButton*>()) button->installEventFilter(this);
     ftp::OperationGate::AllowWhileBusy(avb);
     ftp::OperationGate::AllowWhileBusy(listTrace);
+    new app::BusyFocus(*this);
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+        if (Frame1->isAncestorOf(now) || Frame2->isAncestorOf(now))
+            works_on_server_ = Frame2->isAncestorOf(now);
+    });
     PrepareMenus();
     PrepareDrops();
 }
@@ -128,9 +139,10 @@ void MainForm::PlacePercentages() {
 }
 
 void MainForm::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Cancel) && help_panel_) help_panel_->close();
+    if (event->key() == Qt::Key_F8) return toolkit::FocusNextHandle(*this);
     if (event->key() != Qt::Key_F5) return QWidget::keyPressEvent(event);
-    const bool in_server_panel = Frame2->isAncestorOf(focusWidget());
-    (in_server_panel ? Command9 : Command7)->click();
+    (works_on_server_ ? Command9 : Command7)->click();
 }
 
 bool MainForm::eventFilter(QObject* watched, QEvent* event) {
@@ -139,8 +151,7 @@ bool MainForm::eventFilter(QObject* watched, QEvent* event) {
     if (watched == Text1->lineEdit() && event->type() == QEvent::MouseButtonRelease) Text1_Click();
     switch (event->type()) {
         case QEvent::Shortcut:
-            return PressByLetter(qobject_cast<QAbstractButton*>(watched),
-                                 *static_cast<QShortcutEvent*>(event));
+            return PressByLetter(qobject_cast<QAbstractButton*>(watched));
         case QEvent::KeyPress:
             return HandleListKey(watched, *static_cast<QKeyEvent*>(event));
         case QEvent::DragEnter:
@@ -153,28 +164,25 @@ bool MainForm::eventFilter(QObject* watched, QEvent* event) {
 }
 
 // At once: Qt's own press comes by a timer, which may go off in the middle of an operation.
-bool MainForm::PressByLetter(QAbstractButton* button, const QShortcutEvent& letter) {
+//
+// A letter that the panel where the user works has is that panel's own, also where its button cannot be
+// pressed now: the same letter beyond may delete something else. Of several that can be pressed each gets the
+// focus in turn.
+bool MainForm::PressByLetter(QAbstractButton* button) {
     if (!button) return false;
-    if (letter.isAmbiguous()) return ChooseAmongAmbiguous(*button);
-    button->click();
+    const auto in_panel = [this](const QAbstractButton* candidate) {
+        return works_on_server_ ? !Frame1->isAncestorOf(candidate) : Frame1->isAncestorOf(candidate);
+    };
+    QList<QAbstractButton*> owners;
+    for (QAbstractButton* candidate : findChildren<QAbstractButton*>())
+        if (candidate->shortcut() == button->shortcut()) owners.append(candidate);
+    if (std::ranges::any_of(owners, in_panel)) owners.removeIf(std::not_fn(in_panel));
+    owners.removeIf([](const QAbstractButton* owner) { return !owner->isEnabled() || !owner->isVisible(); });
+    if (owners.size() == 1)
+        owners.first()->click();
+    else if (!owners.isEmpty())
+        owners[(owners.indexOf(focusWidget()) + 1) % owners.size()]->setFocus(Qt::ShortcutFocusReason);
     return true;
-}
-
-// Both panels have buttons with the same letter: the panel with the focus decides. Where that does not, Qt
-// moves the focus from one to the next.
-bool MainForm::ChooseAmongAmbiguous(QAbstractButton& button) {
-    const bool in_server_panel = Frame2->isAncestorOf(focusWidget());
-    QAbstractButton* chosen = nullptr;
-    for (QAbstractButton* candidate : findChildren<QAbstractButton*>()) {
-        const bool of_panel =
-            in_server_panel ? !Frame1->isAncestorOf(candidate) : Frame1->isAncestorOf(candidate);
-        if (!of_panel || !candidate->isEnabled() || candidate->isHidden()) continue;
-        if (candidate->shortcut() != button.shortcut()) continue;
-        if (chosen) return false;
-        chosen = candidate;
-    }
-    if (chosen) chosen->click();
-    return chosen != nullptr;
 }
 
 }  // namespace forms

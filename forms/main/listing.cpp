@@ -21,12 +21,10 @@ struct ListingLines {
 }  // namespace
 
 void MainForm::Ftp1_DirItem(const QString& line) {
-    adding_ = true;
     if (!ftp::IsSummaryLine(line)) {
         ListingLines lines{*server_lines_};
         ftp::AppendTraceText(lines, line);
     }
-    adding_ = false;
 }
 
 void MainForm::ClearServerLists() {

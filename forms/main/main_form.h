@@ -124,8 +124,7 @@ class MainForm : public QWidget, private Ui::MainForm {
     void FitFileColumns();
     void PlacePercentages();
     void KeepFocusIn(QWidget& list, const QWidget* focused);
-    bool PressByLetter(QAbstractButton* button, const QShortcutEvent& letter);
-    bool ChooseAmongAmbiguous(QAbstractButton& button);
+    bool PressByLetter(QAbstractButton* button);
     // menus.cpp
     void PrepareMenus();
     void ShowLocalMenu(QPoint place);
@@ -186,13 +185,13 @@ class MainForm : public QWidget, private Ui::MainForm {
     std::optional<QString> FetchIntoTemporaryFolder();  // the copy of the selected server file
     // transfers.cpp
     void PrepareWatch();
-    void ComeToFront();
+    void ComeToFront(const QString& activation_token);
     void Command1_Click();
     void Send(const std::vector<Upload>& uploads, const QString& folder);
     void SendOne(const Upload& file);
     void Watched(const QString& name, std::optional<std::int64_t> size, void (ftp::Component::*transfer)());
     void Command2_Click();
-    void FetchOne(const QString& file, const QString& local_path);
+    void Fetch(const QString& file, const QString& local_path);
     void Command23_Click();
     void avb_Click();
     void Ftp1_Progress(std::int64_t bytes);
@@ -244,7 +243,7 @@ class MainForm : public QWidget, private Ui::MainForm {
     LocalFilesModel* const local_files_;
     app::TransferWatch watch_;
     QMenu* const tabd;
-    bool adding_ = false;            // a listing line is being added by Ftp1_DirItem, not chosen by the user
+    bool works_on_server_ = false;   // which panel last had the focus
     QPointer<QWidget> focus_after_;  // the focus when the server panel is released
     int failures_ = 0;               // error events of the component so far
     std::function<void()> dropped_;  // what to do when the drag is over

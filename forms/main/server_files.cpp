@@ -125,11 +125,7 @@ std::optional<QString> MainForm::FetchIntoTemporaryFolder() {
     const QString copy = platform::Join(folder, file);
     const int failures = failures_;
     ResetStrip();
-    avb->setEnabled(true);
-    Ftp1->SourceFileName = file;
-    Ftp1->DestinationFileName = copy;
-    Ftp1->GetFile();
-    avb->setEnabled(false);
+    Fetch(file, copy);
     return failures == failures_ && isVisible() ? std::optional(copy) : std::nullopt;
 }
 

@@ -1,5 +1,7 @@
 // The row of buttons along the top.
 
+#include <QAccessible>
+
 #include "app/shared/ftpglob.h"
 #include "app/shared/window_routines.h"
 #include "forms/about/about_form.h"
@@ -95,6 +97,8 @@ void MainForm::GreetNewUser() {
     new AfterPainting(*this, [this] {
         if (!isVisible() || ftp::OperationGate::IsUp()) return;
         HelpPanel().show();
+        QAccessibleEvent shown(&HelpPanel(), QAccessible::Alert);  // it has not taken the focus
+        QAccessible::updateAccessibility(&shown);
         SavePlace();
     });
 }

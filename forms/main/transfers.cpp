@@ -14,6 +14,8 @@
 namespace forms {
 namespace {
 
+constexpr const char* kActivationToken = "XDG_ACTIVATION_TOKEN";
+
 std::int64_t NumberIn(const std::optional<QString>& text) {
     return text ? text->trimmed().toLongLong() : 0;
 }
@@ -26,15 +28,20 @@ void MainForm::PrepareWatch() {
     connect(&watch_, &app::TransferWatch::WordsChanged, tip, [this, tip](const QString& words) {
         setAttribute(Qt::WA_AlwaysShowToolTips, watch_.Running());
         tip->SetText(words);
+        p1->setAccessibleDescription(words);
     });
     connect(&watch_, &app::TransferWatch::NoticeChosen, this, &MainForm::ComeToFront);
 }
 
-void MainForm::ComeToFront() {
+// A Wayland desktop lets a window come to the front that shows it the token; Qt looks for it in the
+// environment.
+void MainForm::ComeToFront(const QString& activation_token) {
     setWindowState(windowState() & ~Qt::WindowMinimized);
     QWidget& front = FrontWindow();
     front.raise();
+    if (!activation_token.isEmpty()) qputenv(kActivationToken, activation_token.toUtf8());
     front.activateWindow();
+    qunsetenv(kActivationToken);
 }
 
 void MainForm::Command1_Click() {
@@ -79,19 +86,23 @@ void MainForm::Command2_Click() {
     HoldServerPanel();
     app::Globals().DownloadRunning = 1;
     ResetStrip();
-    batch ? ShowTransferWindow({}) : FetchOne(file, platform::Join(Dir1->Path(), name));
+    if (batch) {
+        ShowTransferWindow({});
+    } else {
+        Fetch(file, platform::Join(Dir1->Path(), name));
+        app::Globals().DownloadRunning = 0;
+    }
     Command23->setEnabled(true);
     Command7_Click();
     ReleaseServerPanel();
 }
 
-void MainForm::FetchOne(const QString& file, const QString& local_path) {
+void MainForm::Fetch(const QString& file, const QString& local_path) {
     avb->setEnabled(true);
     Ftp1->SourceFileName = file;
     Ftp1->DestinationFileName = local_path;
     Watched(file, NumberIn(ftp::SizeColumn(listdir2->SelectedItemText())), &ftp::Component::GetFile);
     avb->setEnabled(false);
-    app::Globals().DownloadRunning = 0;
 }
 
 // A single file; its name is as it can be shown.

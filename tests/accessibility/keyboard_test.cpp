@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QLineEdit>
 #include <QMenu>
+#include <QSplitter>
 #include <algorithm>
 
 #include "tests/accessibility/windows.h"
@@ -106,6 +107,21 @@ TEST_P(ListMenu, OpensByKeysOverTheRow) {
     EXPECT_TRUE(qobject_cast<QMenu*>(menu));
     EXPECT_TRUE(QRect(list.mapToGlobal(QPoint(0, 0)), list.size()).contains(menu->pos()));
     menu->close();
+}
+
+TEST_F(MainWindow, SplittersAreMovedByKeys) {
+    Open();
+    auto& list = Get<QWidget>("Dir1");
+    list.setFocus();
+    const auto& panels = Get<QSplitter>("panels");
+    for (int presses = 0; presses < 5 && window_->focusWidget() != panels.handle(1); ++presses)
+        QTest::keyClick(window_->focusWidget(), Qt::Key_F8);
+    ASSERT_EQ(window_->focusWidget(), panels.handle(1));
+    const int before = panels.sizes().first();
+    QTest::keyClick(panels.handle(1), Qt::Key_Right);
+    EXPECT_GT(panels.sizes().first(), before);
+    QTest::keyClick(panels.handle(1), Qt::Key_Return);
+    EXPECT_EQ(window_->focusWidget(), &list);
 }
 
 TEST_F(MainWindow, ThePasswordIsShownByAKey) {

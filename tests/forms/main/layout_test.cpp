@@ -112,6 +112,46 @@ TEST_F(Window, AltAndALetterGoesToThePanelWithTheFocus) {
         << "Alt+U reads the local list again";
 }
 
+class Letters : public MainWindow {
+ protected:
+    void SetUp() override {
+        MainWindow::SetUp();
+        MakeFile(QStringLiteral("ny.txt"), 1);
+        Open();
+        ClickRow("list2", 0);
+        ASSERT_TRUE(Button("Command8").isEnabled()) << "what removes local files";
+        Button("Command9").setEnabled(true);
+        Button("Command9").setFocus();
+    }
+    /// Alt and the letter of "Ta bort" and "Ta hem"; who has the focus then.
+    QString PressT() {
+        QTest::keyClick(window_->focusWidget(), Qt::Key_T, Qt::AltModifier);
+        return window_->focusWidget()->objectName();
+    }
+};
+
+TEST_F(Letters, OfAPanelNeverLeadToTheOtherOne) {
+    for (const char* name : {"Command13", "Command2"}) Button(name).setEnabled(true);
+    QStringList focused;
+    for (int i = 0; i < 4; ++i) focused.append(PressT());
+    EXPECT_EQ(focused[0], focused[2]);
+    EXPECT_EQ(focused[1], focused[3]);
+    focused.sort();
+    focused.removeDuplicates();
+    EXPECT_EQ(focused, QStringList({"Command13", "Command2"}));
+}
+
+TEST_F(Letters, OfAPanelPressNothingWhereItsButtonsCannotBePressed) {
+    for (const char* name : {"Command13", "Command2"}) ASSERT_FALSE(Button(name).isEnabled());
+    EXPECT_EQ(PressT(), "Command9");
+}
+
+TEST_F(Letters, BelongToThePanelWhereTheUserLastWorked) {
+    for (const char* name : {"Command13", "Command2"}) Button(name).setEnabled(true);
+    Get("listTrace").setFocus();
+    EXPECT_TRUE(QStringList({"Command13", "Command2"}).contains(PressT()));
+}
+
 TEST_F(Layout, ALongFilterDoesNotPushTheServerOutOfTheWindow) {
     Open();
     const int before = Get("Frame2").width();

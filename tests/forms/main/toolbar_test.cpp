@@ -86,6 +86,10 @@ TEST_F(Toolbar, TheThreeStepsGreetANewUser) {
     ClickOn("Command19");
     EXPECT_FALSE(Window("Form4"));
     EXPECT_EQ(Shown(), "0");
+    ClickOn("Command19");
+    ASSERT_TRUE(Window("Form4"));
+    QTest::keyClick(&Get("listdir2"), Qt::Key_Escape);
+    EXPECT_FALSE(Window("Form4")) << "it goes without having the focus";
     window_.reset();
 
     bool painted = false;
