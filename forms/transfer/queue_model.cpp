@@ -40,6 +40,7 @@ QueueModel::QueueModel(QObject* parent) : LineModel(parent) {
 
 void QueueModel::SetEntries(const QStringList& lines, const QStringList& files) {
     states_.assign(static_cast<std::size_t>(lines.size()), EntryState::Waiting);
+    counts_ = {static_cast<int>(lines.size())};
     files_ = files;
     begun_.clear();
     begun_before_.assign(static_cast<std::size_t>(files.size()), -1);
@@ -55,8 +56,19 @@ void QueueModel::SetState(int row, EntryState state) {
     const bool known = row >= 0 && static_cast<std::size_t>(row) < states_.size();
     if (!known || State(row) == state) return;
     if (state != EntryState::Waiting) NoteBegun(row);
+    --CountOf(states_[static_cast<std::size_t>(row)]);
     states_[static_cast<std::size_t>(row)] = state;
+    ++CountOf(state);
     Q_EMIT StateChanged(row);
+}
+
+QString QueueModel::Tally() const {
+    const auto [waiting, running, done, failed] = counts_;
+    QStringList parts{QStringLiteral("%1 %2").arg(done).arg(done == 1 ? NameOf(EntryState::Done)
+                                                                      : QStringLiteral("klara"))};
+    if (failed > 0) parts.append(QStringLiteral("%1 %2").arg(failed).arg(NameOf(EntryState::Failed)));
+    parts.append(QStringLiteral("%1 %2").arg(waiting).arg(NameOf(EntryState::Waiting)));
+    return parts.join(QStringLiteral(", "));
 }
 
 // The rows are begun in their order.

@@ -31,6 +31,8 @@ class QueueModel : public toolkit::LineModel {
     EntryState State(int row) const;
     /// Rows that are no more are left alone.
     void SetState(int row, EntryState state);
+    /// How many there are of each, in words: "3 klara, 1 misslyckades, 96 väntar".
+    QString Tally() const;
     /// The row of the file that the text of an error names; -1 where it names none that has been begun. Of
     /// several files of that name, the last one begun that has not failed.
     int RowOfError(const QString& text) const;
@@ -41,11 +43,13 @@ class QueueModel : public toolkit::LineModel {
     void StateChanged(int row);
 
  private:
+    int& CountOf(EntryState state) { return counts_[static_cast<std::size_t>(state)]; }
     void NoteBegun(int row);
     int BegunRow(const QString& file) const;
 
     std::array<QIcon, 4> pictures_;
     std::vector<EntryState> states_;
+    std::array<int, 4> counts_{};  // of each state
     QStringList files_;
     QHash<QString, int> begun_;      // by file: the last row of it that has been begun
     std::vector<int> begun_before_;  // by row: the one of the same file before that, or -1

@@ -170,6 +170,7 @@ void Form1::Transfer(const std::vector<Job>& jobs, std::int16_t& running,
         ShowCurrent(entry);
         entry_ = entry;
         queue_->SetState(entry, EntryState::Running);
+        setAccessibleDescription(queue_->Tally());
         if (main_.watch) main_.watch->BeginFile({}, job.size);
         running = 1;
         main_.avb.setEnabled(true);

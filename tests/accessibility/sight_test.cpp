@@ -3,8 +3,11 @@
 #include <QApplication>
 #include <QImage>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
+#include <QSplitterHandle>
 
+#include "forms/transfer/queue_model.h"
 #include "tests/accessibility/contrast.h"
 #include "tests/accessibility/windows.h"
 #include "toolkit/theme.h"
@@ -71,6 +74,8 @@ TEST_P(SightOfFocus, StandsOutFromWhatIsWithoutIt) {
             const QList<QWidget*> stops = TabStopsOf(window);
             for (int i = 0; stops.size() > 1 && i < stops.size(); ++i)
                 ExpectVisibleFocus(*stops[i], *stops[i == 0 ? 1 : 0], colours);
+            for (auto* handle : window.findChildren<QSplitterHandle*>())
+                if (handle->isVisible()) ExpectVisibleFocus(*handle, *stops[0], colours);
         });
     }
 }
@@ -108,6 +113,32 @@ TEST_P(SightOfText, EveryLabelAndButtonCanBeRead) {
             }
         });
     }
+}
+
+// A file of the queue is on its way in the row that is selected.
+TEST_F(MainWindow, PicturesOfTheQueueStandOutFromTheirRows) {
+    Open();
+    const QueueModel model;  // brings the pictures along
+    const QByteArray before = qgetenv("WEBSMIDE_COLOURS");
+    for (const char* colours : {"light", "dark"})
+        for (const char* name : {"waiting", "running", "done", "failed"}) {
+            UseColours(colours);
+            for (const auto role : {QPalette::Base, QPalette::AlternateBase, QPalette::Highlight}) {
+                if (name == std::string("waiting") && role == QPalette::Highlight) continue;
+                const QColor ground = QApplication::palette().color(role);
+                QImage row(16, 16, QImage::Format_RGB32);
+                row.fill(ground);
+                QPainter painter(&row);
+                QIcon(QStringLiteral(":/transfer/%1.svg").arg(QLatin1String(name)))
+                    .paint(&painter, row.rect());
+                int seen = 0;
+                for (int i = 0; i < 16 * 16; ++i)
+                    seen += Contrast(row.pixelColor(i % 16, i / 16), ground) >= kForShapes;
+                EXPECT_GE(seen, 16) << colours << ' ' << name << " on " << role;
+            }
+        }
+    before.isNull() ? qunsetenv("WEBSMIDE_COLOURS") : qputenv("WEBSMIDE_COLOURS", before);
+    toolkit::ApplyTheme(*qApp);
 }
 
 class SightOfColours : public ::testing::TestWithParam<const char*> {};

@@ -19,7 +19,6 @@ class Windows : public MainWindow, public ::testing::WithParamInterface<const ch
 
  private:
     QWidget* OpenByName(const QByteArray& name);
-    void VisitModal(const std::function<void(QWidget& window)>& look);
     std::shared_ptr<QWidget> own_;  // what no button of the main window opens
 };
 

@@ -38,6 +38,19 @@ TEST(QueueModel, NamesEachStateBesideTheText) {
     EXPECT_EQ(pictures.size(), 4);
 }
 
+TEST(QueueModel, CountsInWords) {
+    QueueModel model;
+    Filled(model);
+    EXPECT_EQ(model.Tally(), "3 klara, 1 väntar");
+    model.SetState(0, EntryState::Failed);
+    model.SetState(1, EntryState::Failed);
+    model.SetState(1, EntryState::Failed);
+    model.SetState(3, EntryState::Running);
+    EXPECT_EQ(model.Tally(), "1 klar, 2 misslyckades, 0 väntar");
+    model.SetEntries({}, {});
+    EXPECT_EQ(model.Tally(), "0 klara, 0 väntar");
+}
+
 TEST(QueueModel, TellsOfChangesOnly) {
     QueueModel model;
     QList<int> told;
