@@ -3,8 +3,7 @@
 Usage: session_test.py PROGRAM
 
 Needs a screen (tests/support/on_screen) and gives itself a session bus, an accessibility bus and an FTP server of
-its own. Where GTEST_OUTPUT=xml:FOLDER/ asks for it, the cases are reported one by one in
-FOLDER/accessibility_test.xml.
+its own.
 """
 
 import ctypes
@@ -17,7 +16,8 @@ import threading
 import time
 import unittest
 import warnings
-import xml.etree.ElementTree as xml
+
+import google_report
 
 warnings.simplefilter("ignore")  # about asyncore's age, from pyftpdlib, and Atspi's own deprecations
 
@@ -380,39 +380,6 @@ class Session(Screen):
         self.close_program()
 
 
-class Report(unittest.TextTestResult):
-    """Besides the usual, the cases in the form of a GoogleTest report."""
-
-    def __init__(self, *arguments):
-        super().__init__(*arguments)
-        self.suite = xml.Element("testsuite", name="Accessibility")
-        self.case = None
-
-    def startTest(self, test):
-        super().startTest(test)
-        self.case = xml.SubElement(self.suite, "testcase", name=test.id().split(".", 1)[1], status="run")
-
-    def addSkip(self, test, reason):
-        super().addSkip(test, reason)
-        xml.SubElement(self.case, "skipped", message=reason)
-
-    def addError(self, test, error):
-        super().addError(test, error)
-        xml.SubElement(self.case, "failure")
-
-    def addFailure(self, test, error):
-        super().addFailure(test, error)
-        xml.SubElement(self.case, "failure")
-
-    def stopTestRun(self):
-        super().stopTestRun()
-        place = os.environ.get("GTEST_OUTPUT", "").removeprefix("xml:")
-        if place:
-            suites = xml.Element("testsuites")
-            suites.append(self.suite)
-            xml.ElementTree(suites).write(os.path.join(place, "accessibility_test.xml"))
-
-
 def main():
     global Atspi, PROGRAM
     PROGRAM = sys.argv[1]
@@ -422,7 +389,7 @@ def main():
             bus = Bus(folder)  # before Atspi looks for one
             from gi.repository import Atspi
         try:
-            unittest.main(argv=sys.argv[:1] + sys.argv[2:], testRunner=unittest.TextTestRunner(resultclass=Report, verbosity=2))
+            google_report.run("accessibility_test", sys.argv[:1] + sys.argv[2:])
         finally:
             if bus:
                 bus.close()

@@ -1,8 +1,6 @@
 """Holds the help document to the HTML standard, to its own pictures and links, and to the program's texts.
 
 Usage: help_document_test.py SOURCE_ROOT
-
-Where GTEST_OUTPUT=xml:FOLDER/ asks for it, the cases are reported one by one in FOLDER/help_document.xml.
 """
 
 import html
@@ -13,9 +11,9 @@ import subprocess
 import sys
 import tempfile
 import unittest
-import xml.etree.ElementTree as xml
 from pathlib import Path
 
+import google_report
 import help_document as help_
 
 ROOT = Path(sys.argv[1])
@@ -182,43 +180,5 @@ class Browser(unittest.TestCase):
         self.check(DARK, lambda name: name.endswith("-natt.png"))
 
 
-class Report(unittest.TextTestResult):
-    """Besides the usual, the cases in the form of a GoogleTest report."""
-
-    def __init__(self, *arguments):
-        super().__init__(*arguments)
-        self.suite = xml.Element("testsuite", name="Help")
-        self.case = None
-
-    def startTest(self, test):
-        super().startTest(test)
-        self.case = xml.SubElement(self.suite, "testcase", name=test.id().split(".", 1)[1], status="run")
-
-    def addSkip(self, test, reason):
-        super().addSkip(test, reason)
-        xml.SubElement(self.case, "skipped", message=reason)
-
-    def addError(self, test, error):
-        super().addError(test, error)
-        xml.SubElement(self.case, "failure")
-
-    def addFailure(self, test, error):
-        super().addFailure(test, error)
-        xml.SubElement(self.case, "failure")
-
-    def addSubTest(self, test, subtest, error):
-        super().addSubTest(test, subtest, error)
-        if error:
-            xml.SubElement(self.case, "failure")
-
-    def stopTestRun(self):
-        super().stopTestRun()
-        place = os.environ.get("GTEST_OUTPUT", "").removeprefix("xml:")
-        if place:
-            suites = xml.Element("testsuites")
-            suites.append(self.suite)
-            xml.ElementTree(suites).write(os.path.join(place, "help_document.xml"))
-
-
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1], testRunner=unittest.TextTestRunner(resultclass=Report, verbosity=2))
+    google_report.run("help_document", sys.argv[:1])
