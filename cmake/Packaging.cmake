@@ -8,8 +8,8 @@ set(WEBSMIDE_MAINTAINER "Websmide <ftp@websmide.example>" CACHE STRING "Who answ
 
 # websmide_install_link(LINK TARGET): both below the prefix; the link is relative, so that the prefix can be moved.
 function(websmide_install_link link target)
-    cmake_path(ABSOLUTE_PATH link BASE_DIRECTORY "/prefix" OUTPUT_VARIABLE from)
-    cmake_path(ABSOLUTE_PATH target BASE_DIRECTORY "/prefix" OUTPUT_VARIABLE to)
+    cmake_path(ABSOLUTE_PATH link BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" OUTPUT_VARIABLE from)
+    cmake_path(ABSOLUTE_PATH target BASE_DIRECTORY "${CMAKE_INSTALL_PREFIX}" OUTPUT_VARIABLE to)
     cmake_path(GET from PARENT_PATH from_folder)
     cmake_path(GET from FILENAME name)
     file(RELATIVE_PATH way "${from_folder}" "${to}")
