@@ -1,10 +1,10 @@
 #pragma once
 // The FTP component: properties, blocking operations and events, on the UI thread.
 //
-// Each operation returns when it is over. While it runs, this object holds the program's one nested event
-// loop, with the OperationGate installed: the screen paints, and input reaches only what the gate lets
-// through. Events of the running operation are raised inside the call, in the order of the wire, all of them
-// before it returns. Operations return nothing and throw nothing: what fails raises Error.
+// Each operation returns when it is over. While it runs, this object holds the one nested event loop that
+// waits for the worker, with the OperationGate installed: the screen paints, and input reaches only what the
+// gate lets through. Events of the running operation are raised inside the call, in the order of the wire,
+// all of them before it returns. Operations return nothing and throw nothing: what fails raises Error.
 
 #include <QByteArray>
 #include <QObject>

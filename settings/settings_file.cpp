@@ -11,7 +11,7 @@ namespace {
 
 constexpr qsizetype kEscapeDigits = 4;
 
-// Neither can be an entry or a section, so that a file without its first line is no file of the earlier form.
+// Neither can be an entry or a section, so that a file without its first line is no file without both.
 constexpr QStringView kFirstLine = u"# websmide 2";
 constexpr QStringView kLastLine = u"# end";
 

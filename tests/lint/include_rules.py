@@ -1,6 +1,6 @@
 """Holds every #include of the tree to the table of who may include whom.
 
-A room is a folder that is a library of its own. What a room may use beside its own folder is written down
+A room is a folder that is a library of its own, or two or three. What a room may use beside its own folder is written down
 once, in ROOMS; a folder with sources that is neither a room nor FREE is itself a finding.
 """
 

@@ -27,7 +27,7 @@ TEST(SettingsFile, Understands) {
         {"# websmide 2\n[a]\nk=v\n# end\n\nl=w\n[b]\n", {{"a", {{"k", "v"}, {"l", "w"}}}, {"b", {}}}},
         {"# websmide 2\n[a]\n# end=1\n# websmide 2=3\n# end\n",
          {{"a", {{"# end", "1"}, {"# websmide 2", "3"}}}}},
-        // of an earlier version
+        // with neither of the two
         {"[a]", {{"a", {}}}},
         {"[a]\nk=v", {{"a", {{"k", "v"}}}}},
         {"\xEF\xBB\xBF[a]\r\nk=v\r\n\r\n", {{"a", {{"k", "v"}}}}},
