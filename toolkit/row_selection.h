@@ -18,8 +18,9 @@ bool IsEnterOnRow(const QAbstractItemView& view, const QKeyEvent& event);
 
 /// The selection of a list. What an assistive program selects or deselects goes straight to it; here it is
 /// sent on to the list as a key, so that the list raises what a user's choice raises, and whatever keeps keys
-/// away from the list keeps that away, too. It is known by its command, `Select` or `Deselect` of whole rows
-/// outside any SelectionWatch: the program itself selects by other commands, or through the list.
+/// away from the list keeps that away, too (but Qt clears a single selection before it makes another). It is
+/// known by its command, `Select` or `Deselect` of whole rows outside any SelectionWatch: the program itself
+/// selects by other commands, or through the list.
 class RowSelection : public QItemSelectionModel {
  public:
     /// Takes the place of the selection that the view has made for its model.

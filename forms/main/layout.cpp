@@ -6,6 +6,7 @@
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QScreen>
+#include <QSplitterHandle>
 #include <QStyledItemDelegate>
 #include <algorithm>
 #include <functional>
@@ -96,6 +97,7 @@ void MainForm::PrepareLayout() {
     ftp::OperationGate::AllowWhileBusy(listTrace);
     new app::BusyFocus(*this);
     connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+        if (qobject_cast<QSplitterHandle*>(now)) return;  // on the way from one part to another
         if (Frame1->isAncestorOf(now) || Frame2->isAncestorOf(now))
             works_on_server_ = Frame2->isAncestorOf(now);
     });

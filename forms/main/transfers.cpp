@@ -39,7 +39,8 @@ void MainForm::ComeToFront(const QString& activation_token) {
     setWindowState(windowState() & ~Qt::WindowMinimized);
     QWidget& front = FrontWindow();
     front.raise();
-    if (!activation_token.isEmpty()) qputenv(kActivationToken, activation_token.toUtf8());
+    if (activation_token.isEmpty()) return front.activateWindow();
+    qputenv(kActivationToken, activation_token.toUtf8());
     front.activateWindow();
     qunsetenv(kActivationToken);
 }

@@ -49,7 +49,7 @@ Form1::Form1(const TransferHost& main) : main_(main), Timer1(new QTimer(this)), 
     Timer1->setInterval(kTitleInterval);
     l1->setFont(toolkit::FixedPitchFont());
     l1->setModel(queue_);
-    for (QObject* watched : std::initializer_list<QObject*>{l1->viewport(), Command1})
+    for (QObject* watched : std::initializer_list<QObject*>{l1, l1->viewport(), Command1})
         watched->installEventFilter(this);
     ftp::OperationGate::AllowWhileBusy(this);
     Wire();
@@ -229,6 +229,7 @@ bool Form1::eventFilter(QObject* watched, QEvent* event) {
                 QTimer::singleShot(0, l1, [this] { l1->scrollTo(l1->currentIndex()); });
             return false;
         case QEvent::KeyPress:
+            if (watched == l1) return true;  // a row that an assistive program chooses
             return watched == Command1 && ScrollByKey(static_cast<QKeyEvent*>(event)->key());
         default:
             return QDialog::eventFilter(watched, event);

@@ -40,7 +40,7 @@ def give_up_root(home):
     """The server needs no rights: one that root has started keeps none, and sees its home folder only."""
     nobody = pwd.getpwnam("nobody")
     for path in home, *home.rglob("*"):
-        os.chown(path, nobody.pw_uid, nobody.pw_gid)
+        os.chown(path, nobody.pw_uid, nobody.pw_gid, follow_symlinks=False)
     os.chroot(home)
     os.chdir("/")
     os.setgroups([])

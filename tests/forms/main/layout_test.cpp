@@ -1,5 +1,6 @@
 #include <QLabel>
 #include <QLineEdit>
+#include <QSplitterHandle>
 
 #include "tests/forms/main/main_window.h"
 
@@ -149,6 +150,10 @@ TEST_F(Letters, OfAPanelPressNothingWhereItsButtonsCannotBePressed) {
 TEST_F(Letters, BelongToThePanelWhereTheUserLastWorked) {
     for (const char* name : {"Command13", "Command2"}) Button(name).setEnabled(true);
     Get("listTrace").setFocus();
+    EXPECT_TRUE(QStringList({"Command13", "Command2"}).contains(PressT()));
+    Button("Command9").setFocus();
+    for (int i = 0; i < 2; ++i) QTest::keyClick(window_->focusWidget(), Qt::Key_F8);
+    ASSERT_TRUE(qobject_cast<QSplitterHandle*>(window_->focusWidget()));
     EXPECT_TRUE(QStringList({"Command13", "Command2"}).contains(PressT()));
 }
 

@@ -1,3 +1,4 @@
+#include <QAccessible>
 #include <QDBusConnection>
 #include <QElapsedTimer>
 #include <QHelpEvent>
@@ -159,6 +160,8 @@ TEST_F(Watching, TheQueueScrollsAndKeepsItsCurrentRow) {
              QTest::keyClick(Window("Form1")->focusWidget(), Qt::Key_Home);
              EXPECT_EQ(bar.value(), 0);
              EXPECT_EQ(Queue().SelectedRows(), QList<int>({0}));
+             QAccessible::queryAccessibleInterface(&Queue())->tableInterface()->selectRow(3);
+             EXPECT_EQ(Queue().ListIndex(), 0) << "nor from an assistive program";
              QTest::keyClick(Window("Form1")->focusWidget(), Qt::Key_End);
              Window("Form1")->resize(400, 180);
              EXPECT_TRUE(QTest::qWaitFor([&] { return bar.value() == 0; }, kPatience));
