@@ -58,16 +58,16 @@ ftp::Deadlines Patient() {
             .quit = 60s};
 }
 
-ftp::Deadlines Impatient() {
-    return {.connect = 5ms,
-            .reply = 5ms,
-            .data = 5ms,
-            .early_login = 5ms,
-            .ahead = 5ms,
-            .idle = 5ms,
+ftp::Deadlines Impatient(std::chrono::milliseconds patience) {
+    return {.connect = patience,
+            .reply = patience,
+            .data = patience,
+            .early_login = patience,
+            .ahead = patience,
+            .idle = patience,
             .pause = 1ms,
-            .abort = 5ms,
-            .quit = 5ms};
+            .abort = patience,
+            .quit = patience};
 }
 
 Stage::Stage(Steps steps) : script(context, std::move(steps)), session(script, *files, record, deadlines) {}

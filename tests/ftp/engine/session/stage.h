@@ -2,6 +2,7 @@
 // Where a script is played: a session over it, the real disk, and a record of what was told.
 
 #include <asio/io_context.hpp>
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -58,7 +59,7 @@ class Record : public ftp::Events {
 
 /// Limits that no run on a busy machine comes near, and such that a silent server is soon given up.
 ftp::Deadlines Patient();
-ftp::Deadlines Impatient();
+ftp::Deadlines Impatient(std::chrono::milliseconds patience);
 
 class Stage {
  public:
