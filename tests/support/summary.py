@@ -31,9 +31,11 @@ def program_cases(folder, test):
     name = test.get("name")
     failed = test.get("status") != "run"
     report = os.path.join(folder, name + ".xml")
-    cases = list(google_cases(report)) if os.path.exists(report) else []
-    if not cases:
+    if not os.path.exists(report):
         return [(name, "failed" if failed else "passed", "")]
+    cases = list(google_cases(report))
+    if not cases:
+        return [(name, "failed", "its report tells of no case that was run")]
     cases = [(f"{name}: {case}", outcome, reason) for case, outcome, reason in cases]
     if failed and not any(outcome == "failed" for _, outcome, _ in cases):
         cases.append((f"{name}: its end", "failed", ""))  # a leak or a crash after the last case
