@@ -41,7 +41,7 @@ TEST_P(Names, NoTwoOfAGroupAreCalledTheSame) {
         QSet<QPair<const QWidget*, QString>> known;
         for (const QWidget* control : ControlsOf(window)) {
             if (IsPartOfControl(*control)) continue;
-            const QPair key(GroupOf(*control), AccessibleText(*control, QAccessible::Name));
+            const std::pair key(GroupOf(*control), AccessibleText(*control, QAccessible::Name));
             EXPECT_FALSE(known.contains(key)) << Describe(*control);
             known.insert(key);
         }
