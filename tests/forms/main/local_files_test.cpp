@@ -10,6 +10,7 @@ using toolkit_test::ExpectBox;
 namespace forms {
 namespace {
 
+constexpr int kPatience = 20'000;  // milliseconds, for the window manager
 const QString kMakeFolder = QStringLiteral("Skapa katalog");
 const QString kRename = QStringLiteral("Döp om fil");
 const QString kDelete = QStringLiteral("Ta bort fil");
@@ -249,12 +250,14 @@ TEST_F(LocalFiles, TheFocusStaysInTheLocalPanel) {
         ExpectBox box(kDelete, QStringLiteral("Vill du ta bort [") + Folder() + "\\a.txt] ?", "cmdYes");
         ClickOn("Command8");
     }
-    EXPECT_TRUE(QTest::qWaitFor([this] { return Get("list2").hasFocus(); }));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return Get("list2").hasFocus(); }, kPatience))
+        << "the window is active: " << window_->isActiveWindow();
     ClickFile("b.txt");
     ClickFile("c.txt", Qt::ControlModifier);
     ExpectBox box(kDeleteSeveral, kSeveralQuestion, "cmdYes");
     ClickOn("fleratabort2");
-    EXPECT_TRUE(QTest::qWaitFor([this] { return Get("list2").hasFocus(); }));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return Get("list2").hasFocus(); }, kPatience))
+        << "the window is active: " << window_->isActiveWindow();
 }
 
 // A row that is current without being marked counts, but for the first one.
